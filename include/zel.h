@@ -1,0 +1,46 @@
+/*
+ * zelnav: navigation processor of a GPS + GLONASS receiver.
+ *
+ * The host drives the library through these functions. Every stateful
+ * facility is an object behind an opaque handle (its address, passed as
+ * int*); *_init creates it, *_finit destroys it, *_clear resets it. A null
+ * handle stops the process with an assertion. Returned records belong to
+ * the handle and stay valid until the next call on it that rewrites them.
+ */
+#ifndef ZELNAV_ZEL_H
+#define ZELNAV_ZEL_H
+
+#include "tbl_nav.h"
+#include "tbl_sat.h"
+
+#if defined(_WIN32)
+#define ZEL_API __declspec(dllexport)
+#else
+#define ZEL_API __attribute__((visibility("default")))
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Message 0x0C converter. */
+ZEL_API void* cnvx0c_init(void);
+ZEL_API void cnvx0c_finit(int* h);
+/* Decodes one complete message 0x0C; returns the handle's lsttblSat_t*. */
+ZEL_API void* cnvx0c_upx0c(int* h, void* msg);
+/* Returns the handle's tblGpsUtc_t*. */
+ZEL_API void* cnvx0c_getTblGpsUtc(int* h);
+ZEL_API void cnvx0c_clear(int* h);
+
+/* Time. date: year, month, day, hour, minute, second. */
+ZEL_API int tmZelToDate(unsigned int tmZel, unsigned int* date);
+/* Epoch time of a list returned by cnvx0c_upx0c; 0 when it is empty. */
+ZEL_API unsigned int getTmZel(void* lst);
+/* date: year, month, day. */
+ZEL_API void DateAlmGloToDate(unsigned int n4, int na, unsigned int* date);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

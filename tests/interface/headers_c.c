@@ -1,0 +1,30 @@
+/* The public headers compile as C, and every record has the size its
+ * `length` field announces under the 4-byte packing. */
+#include <stddef.h>
+#include <stdio.h>
+
+#include "zel.h"
+
+_Static_assert(sizeof(tblHdr_t) == 28, "tblHdr_t");
+_Static_assert(sizeof(tblObs_t) == 156, "tblObs_t");
+_Static_assert(sizeof(tblAddInf_t) == 60, "tblAddInf_t");
+_Static_assert(sizeof(tblOprGlo_t) == 200, "tblOprGlo_t");
+_Static_assert(sizeof(tblTmPrmGlo_t) == 48, "tblTmPrmGlo_t");
+_Static_assert(sizeof(tblAlmGloSat_t) == 72, "tblAlmGloSat_t");
+_Static_assert(sizeof(tblAlmGlo_t) == 1744, "tblAlmGlo_t");
+_Static_assert(sizeof(tblTmPrmGps_t) == 44, "tblTmPrmGps_t");
+_Static_assert(sizeof(tblAlmGpsSat_t) == 84, "tblAlmGpsSat_t");
+_Static_assert(sizeof(tblAlmGps_t) == 2704, "tblAlmGps_t");
+_Static_assert(offsetof(tblObs_t, psvd) == 16, "doubles aligned to 4");
+_Static_assert(offsetof(tblOprGlo_t, tb) == 84, "tblOprGlo_t.tb");
+
+int main(void) {
+    /* Link against the C entry points, to prove the names are unmangled. */
+    unsigned int date[6] = {0};
+    int ok = tmZelToDate(1, date);
+    if (ok != 1 || date[0] != 2000 || date[5] != 1) {
+        printf("tmZelToDate(1) gave %d %u\n", ok, date[0]);
+        return 1;
+    }
+    return 0;
+}
