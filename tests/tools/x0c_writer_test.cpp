@@ -181,30 +181,6 @@ TEST(X0cWriter, RawUnitsRoundToNearestCount) {
     EXPECT_EQ(x0c::fazeToRaw(1099511627776.0), INT64_C(1) << 56);
 }
 
-TEST(X0cWriter, RawUnitsRefuseWhatDoesNotFit) {
-    EXPECT_THROW(x0c::dopToRaw(128000.0), std::out_of_range);  // 2^31 counts
-    EXPECT_NO_THROW(x0c::dopToRaw(127999.0));
-    EXPECT_THROW(x0c::psvdToRaw(NAN), std::out_of_range);
-    EXPECT_THROW(x0c::fazeToRaw(INFINITY), std::out_of_range);
-    EXPECT_THROW(x0c::fazeToRaw(1e300), std::out_of_range);
-}
-
-TEST(X0cWriter, GpsWordsAreStoredBackToFront) {
-    uint32_t w[10];
-    for (int i = 0; i < 10; i++) w[i] = (uint32_t)(0x010203 * (i + 1));
-    w[9] = 0xFFEEDD;
-    uint8_t out[30];
-    x0c::gpsWordsToStored(w, out);
-    EXPECT_EQ(out[29], 0x01);  // first transmitted byte: top of word 1
-    EXPECT_EQ(out[28], 0x02);
-    EXPECT_EQ(out[27], 0x03);
-    EXPECT_EQ(out[26], 0x02);  // word 2 = 0x020406
-    EXPECT_EQ(out[24], 0x06);
-    EXPECT_EQ(out[2], 0xFF);   // word 10
-    EXPECT_EQ(out[1], 0xEE);
-    EXPECT_EQ(out[0], 0xDD);
-}
-
 TEST(X0cWriter, HeaderFields) {
     Header h;
     h.tmRsvr = 0xA1B2C3D4;
@@ -432,6 +408,12 @@ TEST(X0cWriter, RefusesWhatDoesNotFit) {
     EXPECT_THROW(x0c::appendBlock(s, out), std::invalid_argument);
     // a refused block leaves the buffer as it was
     EXPECT_EQ(out, Bytes{0xEE});
+
+    EXPECT_THROW(x0c::dopToRaw(128000.0), std::out_of_range);  // 2^31 counts
+    EXPECT_NO_THROW(x0c::dopToRaw(127999.0));
+    EXPECT_THROW(x0c::psvdToRaw(NAN), std::out_of_range);
+    EXPECT_THROW(x0c::fazeToRaw(INFINITY), std::out_of_range);
+    EXPECT_THROW(x0c::fazeToRaw(1e300), std::out_of_range);
 
     std::vector<SatBlock> many(256);
     EXPECT_THROW(x0c::buildMessage(Header(), many), std::out_of_range);

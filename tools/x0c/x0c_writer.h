@@ -84,7 +84,9 @@ struct Header {
 };
 
 /* One signal place, in raw units. For places 1 and 3 `psvd` is the
- * difference to the pseudorange of place 0 / 2 and must fit 32 bits. A
+ * difference to the pseudorange of place 0 / 2 and must fit 32 bits (half
+ * a millisecond, 150 km); psvdToRaw(C2) - psvdToRaw(C1) gives back C2 to
+ * the count, where psvdToRaw(C2 - C1) would round twice. A
  * place that is not present but whose sub-block is written anyway (for its
  * navigation string) carries zero observations. */
 struct Signal {
