@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <stdexcept>
 #include <vector>
 
+#include "decode/navinf_str.h"
+#include "x0c_bits.h"
 #include "x0c_writer.h"
 
 namespace {
@@ -355,6 +358,55 @@ TEST(X0cWriter, NavigationStringsInTheirSubBlocks) {
     uint8_t ct[11];
     x0c::ctWithCheckBits(c.ct, ct);
     for (int i = 0; i < 11; i++) EXPECT_EQ(b[4 + 21 + i], ct[i]) << i;
+}
+
+/* The library's string intake must find every string where the writer put
+ * it, behind whichever sub-blocks precede it. */
+TEST(X0cWriter, ReaderFindsEachString) {
+    SatBlock g;
+    for (int k = 0; k < 4; k++) g.sig[k].present = true;
+    g.hasCt = true;
+    x0c::putBitsCT(g.ct, 81, 4, 11);
+    x0c::putBitsCT(g.ct, 9, 40, UINT64_C(0xC3A5F00F5A));
+    g.hasVt = true;
+    x0c::putBits(g.vt, 47, 4, 9);
+    x0c::putBits(g.vt, 8, 39, UINT64_C(0x5A0F3C6996));
+    g.hasL3 = true;
+    for (int i = 0; i < 37; i++) g.l3[i] = (uint8_t)(0xA0 + i);
+    g.l3[34] = 5 << 5;
+    g.hasSb7 = true;
+    g.hasSb10 = true;
+    Bytes b;
+    x0c::appendBlock(g, b);
+
+    NavInfStr_t ct, vt, l3;
+    ASSERT_TRUE(ct.createFromx0c(NAVSTR_GLO_CT, b.data(), 5));
+    EXPECT_EQ(ct.getNum(), 11u);
+    EXPECT_EQ(std::memcmp(ct.getData(), g.ct, 10), 0);
+    ASSERT_TRUE(vt.createFromx0c(NAVSTR_GLO_VT, b.data(), 5));
+    EXPECT_EQ(vt.getNum(), 9u);
+    EXPECT_EQ(NavInfStr_t::GetValueVT(vt.getData(), 8, 39, false, 1.0),
+              (double)UINT64_C(0x5A0F3C6996));
+    ASSERT_TRUE(l3.createFromx0c(NAVSTR_GLO_L3, b.data(), 5));
+    EXPECT_EQ(l3.getNum(), 5u);
+    EXPECT_EQ(std::memcmp(l3.getData(), g.l3, 37), 0);
+    g.l3Bad = true;
+    b.clear();
+    x0c::appendBlock(g, b);
+    EXPECT_FALSE(l3.createFromx0c(NAVSTR_GLO_L3, b.data(), 5));
+
+    SatBlock p = handGps();
+    p.sig[2].present = true;
+    b.clear();
+    x0c::appendBlock(p, b);
+    NavInfStr_t sf;
+    ASSERT_TRUE(sf.createFromx0c(NAVSTR_GPS, b.data(), 5));
+    EXPECT_EQ(sf.getNum(), 1u);
+    EXPECT_EQ(std::memcmp(sf.getData(), p.gpsSf, 30), 0);
+    p.gpsParity = 0x0100;  // only the high byte set: the whole word counts
+    b.clear();
+    x0c::appendBlock(p, b);
+    EXPECT_FALSE(sf.createFromx0c(NAVSTR_GPS, b.data(), 5));
 }
 
 TEST(X0cWriter, GpsParityIndicatorSharesTheAux8Byte) {
