@@ -158,7 +158,7 @@ TEST(IntakeNavInf, FreedSlotLosesItsCollectedNavigationData) {
     EXPECT_EQ(set.tblTmPrmGps->actual, 0);
     lsttblSat_t* l = feed(header(kT0 + 7), {sat(false, 1, 1), sf});
     ASSERT_EQ(l->numGps, 1u);
-    EXPECT_EQ(l->tblGps[0].tblTmPrmGps, set.tblTmPrmGps);
+    EXPECT_EQ(val(l->tblGps[0].tblTmPrmGps), val(set.tblTmPrmGps));
     EXPECT_EQ(set.tblTmPrmGps->actual, 0);
     EXPECT_EQ(set.tblIonGps->actual, 0);
 
@@ -166,6 +166,6 @@ TEST(IntakeNavInf, FreedSlotLosesItsCollectedNavigationData) {
     feed(header(kT0 + 8), {sat(false, 1, 1), page18()});
     ASSERT_EQ(set.tblIonGps->actual, 1);
     feed.conv.clear();
-    ASSERT_EQ(feed(header(kT0 + 9), {sf})->tblGps[0].tblIonGps, set.tblIonGps);
+    ASSERT_EQ(val(feed(header(kT0 + 9), {sf})->tblGps[0].tblIonGps), val(set.tblIonGps));
     EXPECT_EQ(set.tblIonGps->actual, 0);
 }
