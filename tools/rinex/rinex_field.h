@@ -60,7 +60,7 @@ int64_t daysSince2000(int year, int month, int day);
 /* Two-digit years of the RINEX 2 formats: 80-99 are 1980-1999. */
 int fullYear(int yy);
 
-/* Length of the RINEX 2 / RINEX 3 field grid helpers. */
+/* Header lines: content in columns 1-60, label in 61-80. */
 const std::size_t kLabelColumn = 60;
 
 }  // namespace rinex

@@ -31,26 +31,36 @@ void LineSource::close() {
 }
 
 /* One physical line, however long: gzgets stops at the buffer size, so
- * pieces are joined until the newline or the end of the data. */
+ * pieces are joined until the newline or the end of the data. zlib notes
+ * a cut stream as soon as it has read the last input, while lines decoded
+ * before that are still to come: the error counts only once gzgets has
+ * nothing more to give. */
 bool LineSource::readRaw(std::string& line) {
     line.clear();
     if (!gz_) return false;
     gzFile f = static_cast<gzFile>(gz_);
     char buf[512];
-    bool any = false;
-    while (gzgets(f, buf, sizeof buf) != nullptr) {
+    bool any = false, end = false;
+    for (;;) {
+        if (gzgets(f, buf, sizeof buf) == nullptr) {
+            end = true;
+            break;
+        }
         any = true;
         line.append(buf);
         if (!line.empty() && line.back() == '\n') break;
     }
-    int err = Z_OK;
-    const char* msg = gzerror(f, &err);
-    if (err != Z_OK && err != Z_STREAM_END) {
-        /* A cut or corrupt gzip stream: what came before stays good. */
-        error_ = err == Z_BUF_ERROR ? "compressed data ends unexpectedly"
-                                    : std::string("compressed data damaged: ") + (msg ? msg : "");
-        close();
-        return false;
+    if (end) {
+        int err = Z_OK;
+        const char* msg = gzerror(f, &err);
+        if (err != Z_OK && err != Z_STREAM_END) {
+            /* A cut or corrupt gzip stream: what came before stays good,
+             * the piece of line it stops in is dropped. */
+            error_ = err == Z_BUF_ERROR ? "compressed data ends unexpectedly"
+                                        : std::string("compressed data damaged: ") + (msg ? msg : "");
+            close();
+            return false;
+        }
     }
     if (!any) return false;
     while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.pop_back();

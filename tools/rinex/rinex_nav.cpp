@@ -13,7 +13,7 @@
 
 #include "rinex_nav.h"
 #include "rinex_nav_header.h"
-#include "rinex_obs.h"
+#include "rinex_sys.h"
 
 namespace rinex {
 
@@ -115,7 +115,7 @@ public:
         t.second = sec;
         if (!ok || !t.valid()) {
             report(r.numbers[0], sat + " record: time of clock is not valid: " +
-                                     quoteField(l, v3_ ? 4 : 3, v3_ ? 19 : 19) + "; record skipped");
+                                     quoteField(l, v3_ ? 4 : 3, 19) + "; record skipped");
             return false;
         }
         return true;
@@ -156,12 +156,6 @@ private:
     Diagnostics& diag_;
     bool v3_;
 };
-
-std::string satName(char sys, long prn) {
-    std::string s(1, sys);
-    if (prn < 10) s += '0';
-    return s + std::to_string(prn);
-}
 
 void parseRecord(const RawRecord& r, NavFile& out, Diagnostics& diag) {
     const NavHeader& h = out.header;

@@ -10,7 +10,6 @@
 
 #include <cstring>
 
-#include "rinex_obs.h"
 
 namespace rinex {
 

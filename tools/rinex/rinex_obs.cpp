@@ -10,7 +10,6 @@
  * column 19, where an observation line never has one).
  */
 #include <cmath>
-#include <cstdio>
 #include <exception>
 
 #include "rinex_obs.h"
@@ -47,12 +46,6 @@ void setTime(ObsEpoch& e, const CivilTime& t) {
     e.fraction = t.second - std::floor(t.second);
 }
 
-std::string satName(char sys, long prn) {
-    char buf[16];
-    std::snprintf(buf, sizeof buf, "%c%02ld", sys, prn);
-    return buf;
-}
-
 }  // namespace
 
 /* An epoch line of RINEX 2: " yy mm dd hh mm ss.sssssss  f nnn...", the
@@ -72,7 +65,6 @@ bool ObsReader::takeLine(std::string& line) { return nextLine(src_, line, diag_)
 bool ObsReader::open(const std::string& path) {
     hdr_ = ObsHeader();
     types2_.clear();
-    for (int& n : typesPerSys3_) n = 0;
     open_ = haveLast_ = false;
     epochsRead_ = epochsSkipped_ = otherSats_ = events_ = 0;
     try {
@@ -154,8 +146,10 @@ char ObsReader::satSystem(char c) const {
     return hdr_.system == 'R' ? 'R' : 'G';
 }
 
+/* `count` values from column `col` into the values of `sat` from
+ * `firstValue` on; false (reported) when the satellite must be skipped. */
 bool ObsReader::readSatValues(const std::string& line, std::size_t col, std::size_t count,
-                              std::size_t firstValue, SatObs& sat, bool& bad) {
+                              std::size_t firstValue, SatObs& sat) {
     const std::vector<std::string>& codes = hdr_.obsTypes[systemIndex(sat.sys)];
     for (std::size_t k = 0; k < count; ++k) {
         const std::size_t c = col + kObsWidth * k;
@@ -165,14 +159,12 @@ bool ObsReader::readSatValues(const std::string& line, std::size_t col, std::siz
         if (fs == FieldStatus::Cut) {
             report(src_.lineNo(), "line ends inside observation " + code + " of " +
                                       satName(sat.sys, sat.prn) + "; satellite skipped");
-            bad = true;
             return false;
         }
         if (fs == FieldStatus::Bad) {
             report(src_.lineNo(), "observation " + code + " of " + satName(sat.sys, sat.prn) +
                                       " is not a number: " + quoteField(line, c, kValueWidth) +
                                       "; satellite skipped");
-            bad = true;
             return false;
         }
         v.present = fs == FieldStatus::Ok;
@@ -187,7 +179,6 @@ bool ObsReader::readSatValues(const std::string& line, std::size_t col, std::siz
                 report(src_.lineNo(), std::string(i == 0 ? "loss-of-lock indicator" : "signal strength") +
                                           " of " + code + " of " + satName(sat.sys, sat.prn) +
                                           " is not a digit; satellite skipped");
-                bad = true;
                 return false;
             }
             (i == 0 ? v.lli : v.ssi) = d;
@@ -278,9 +269,7 @@ bool ObsReader::next3(ObsEpoch& epoch) {
             sat.sys = sc;
             sat.prn = static_cast<int>(prn);
             sat.values.assign(nt, ObsValue());
-            bool bad = false;
-            readSatValues(line, 3, nt, 0, sat, bad);
-            if (!bad) epoch.sats.push_back(std::move(sat));
+            if (readSatValues(line, 3, nt, 0, sat)) epoch.sats.push_back(std::move(sat));
         }
         if (!complete || !timeOk) {
             ++epochsSkipped_;
@@ -407,7 +396,7 @@ bool ObsReader::next2(ObsEpoch& epoch) {
                 if (bad) continue;
                 const std::size_t first = static_cast<std::size_t>(j) * 5;
                 const std::size_t count = nt - first < 5 ? nt - first : 5;
-                readSatValues(line, 0, count, first, sat, bad);
+                bad = !readSatValues(line, 0, count, first, sat);
             }
             if (!bad && complete) epoch.sats.push_back(std::move(sat));
         }

@@ -22,17 +22,10 @@
 #include "rinex_diag.h"
 #include "rinex_field.h"
 #include "rinex_lines.h"
+#include "rinex_sys.h"
 
 namespace rinex {
 
-/* Index of a kept system in per-system arrays: 0 GPS, 1 GLONASS, -1 for
- * every other letter. */
-enum { kGps = 0, kGlo = 1, kSystems = 2 };
-int systemIndex(char sys);
-/* One of the letters RINEX gives a satellite system (G R E C J S I). */
-bool knownSystem(char sys);
-
-const int kMaxGloSlot = 32;
 const int kNoGloFreq = 127;
 
 struct ObsHeader {
@@ -137,7 +130,7 @@ private:
     bool skipEvent(int flag, long count, long line);
     bool acceptTime(const ObsEpoch& e);
     bool readSatValues(const std::string& line, std::size_t col, std::size_t count,
-                       std::size_t firstValue, SatObs& sat, bool& bad);
+                       std::size_t firstValue, SatObs& sat);
     char satSystem(char c) const;
     static bool looksLikeEpoch2(const std::string& line);
     void report(long line, const std::string& what);
@@ -147,7 +140,6 @@ private:
     LineSource src_;
     ObsHeader hdr_;
     std::vector<std::string> types2_;   /* RINEX 2 shared list, file form */
-    int typesPerSys3_[128] = {};        /* RINEX 3 count per system letter */
     bool open_ = false;
     bool haveLast_ = false;
     int64_t lastSec_ = 0;

@@ -5,20 +5,10 @@
  * and that long lists go on in continuation lines right after their first
  * line. Labels this reader does not use are passed over.
  */
-#include <cmath>
-#include <cstring>
 
 #include "rinex_obs.h"
 
 namespace rinex {
-
-int systemIndex(char sys) {
-    if (sys == 'G') return kGps;
-    if (sys == 'R') return kGlo;
-    return -1;
-}
-
-bool knownSystem(char sys) { return sys != 0 && std::strchr("GRECJSI", sys) != nullptr; }
 
 ObsHeader::ObsHeader() {
     for (int& k : gloFreq) k = kNoGloFreq;
@@ -182,7 +172,6 @@ bool ObsReader::applyHeaderLine(const std::string& line, HeaderState& st) {
             }
             st.sys3 = sys;
             st.types3Left = n;
-            typesPerSys3_[static_cast<unsigned char>(sys)] = static_cast<int>(n);
             int s = systemIndex(sys);
             if (s >= 0) {
                 hdr_.obsTypes[s].clear();

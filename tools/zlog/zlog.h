@@ -106,6 +106,7 @@ public:
 
 private:
     void report(uint64_t offset, const std::string& what);
+    bool fail(uint64_t offset, const std::string& what);
     bool readAt(uint64_t offset, uint8_t* buf, std::size_t n);
     bool goodRecordAt(uint64_t offset);
     bool resync(uint64_t from);

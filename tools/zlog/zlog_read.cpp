@@ -46,6 +46,15 @@ void Reader::report(uint64_t offset, const std::string& what) {
     errors_.push_back(path_ + "@" + std::to_string(offset) + ": " + what);
 }
 
+/* A file that cannot be read as a log: nothing more comes from it. */
+bool Reader::fail(uint64_t offset, const std::string& what) {
+    report(offset, what);
+    if (f_) std::fclose(f_);
+    f_ = nullptr;
+    pos_ = size_ = 0;
+    return false;
+}
+
 bool Reader::readAt(uint64_t offset, uint8_t* buf, std::size_t n) {
     if (offset + n > size_) return false;
     if (std::fseek(f_, static_cast<long>(offset), SEEK_SET) != 0) return false;
@@ -54,49 +63,38 @@ bool Reader::readAt(uint64_t offset, uint8_t* buf, std::size_t n) {
 
 bool Reader::open(const std::string& path) {
     if (f_) std::fclose(f_);
+    f_ = nullptr;
     path_ = path;
     header_ = FileHeader();
     errors_.clear();
     truncated_ = false;
     pos_ = size_ = 0;
     f_ = std::fopen(path.c_str(), "rb");
-    if (!f_) {
-        report(0, "cannot open the file");
-        return false;
-    }
-    if (std::fseek(f_, 0, SEEK_END) != 0) {
-        report(0, "cannot seek in the file");
-        return false;
-    }
+    if (!f_)
+        return fail(0, "cannot open the file");
+    if (std::fseek(f_, 0, SEEK_END) != 0)
+        return fail(0, "cannot seek in the file");
     long end = std::ftell(f_);
     size_ = end < 0 ? 0 : static_cast<uint64_t>(end);
 
     uint8_t fixed[kFixedHeader];
-    if (!readAt(0, fixed, sizeof fixed) || std::memcmp(fixed, "ZLOG", 4) != 0) {
-        report(0, "not a log (no ZLOG header)");
-        return false;
-    }
+    if (!readAt(0, fixed, sizeof fixed) || std::memcmp(fixed, "ZLOG", 4) != 0)
+        return fail(0, "not a log (no ZLOG header)");
     header_.version = get16(fixed + 4);
-    if (header_.version != kVersion) {
-        report(4, "log format version " + std::to_string(header_.version) + " is not known");
-        return false;
-    }
+    if (header_.version != kVersion)
+        return fail(4, "log format version " + std::to_string(header_.version) + " is not known");
     const uint16_t flags = get16(fixed + 6);
     const uint32_t hlen = get32(fixed + 8);
-    if (hlen < kFixedHeader + 4 || hlen > size_) {
-        report(8, "header length " + std::to_string(hlen) + " does not fit the file");
-        return false;
-    }
+    if (hlen < kFixedHeader + 4 || hlen > size_)
+        return fail(8, "header length " + std::to_string(hlen) + " does not fit the file");
     header_.hasPosition = (flags & 1) != 0;
     for (int i = 0; i < 3; ++i) header_.position[i] = getF64(fixed + 12 + 8 * i);
 
     /* The variable part: length-prefixed texts, all inside the header
      * length (a later version may add fields after them). */
     std::vector<uint8_t> h(hlen);
-    if (!readAt(0, h.data(), hlen)) {
-        report(0, "cannot read the header");
-        return false;
-    }
+    if (!readAt(0, h.data(), hlen))
+        return fail(0, "cannot read the header");
     std::size_t p = kFixedHeader;
     auto text = [&](std::string& out) {
         if (p + 2 > hlen) return false;
@@ -113,10 +111,8 @@ bool Reader::open(const std::string& path) {
         header_.sources.resize(count);
         for (std::size_t i = 0; i < count && ok; ++i) ok = text(header_.sources[i]);
     }
-    if (!ok) {
-        report(p, "header texts run past the header length");
-        return false;
-    }
+    if (!ok)
+        return fail(p, "header texts run past the header length");
     pos_ = hlen;
     return true;
 }
