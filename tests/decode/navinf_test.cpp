@@ -169,3 +169,26 @@ TEST(IntakeNavInf, FreedSlotLosesItsCollectedNavigationData) {
     ASSERT_EQ(val(feed(header(kT0 + 9), {sf})->tblGps[0].tblIonGps), val(set.tblIonGps));
     EXPECT_EQ(set.tblIonGps->actual, 0);
 }
+
+/* The CT collector never completes a time-parameter set; the VT one does,
+ * so of the pair it is the second table that becomes valid. VT strings 8
+ * and 10 of cycles 0 and 1 and strings 8, 9, 10 of cycle 2 make the set;
+ * string 1 carries the cycle in bits 30-32. */
+TEST(IntakeNavInf, GlonassTimeParametersComeFromTheVtSource) {
+    Feed feed;
+    unsigned int t = kT0 + 3;
+    tblSatGlo set = {};
+    const unsigned strings[][2] = {{1, 0}, {8, 0}, {10, 0}, {1, 1}, {8, 0},
+                                   {1, 2}, {8, 0}, {9, 0},  {10, 0}};
+    const size_t n = sizeof strings / sizeof strings[0];
+    for (size_t i = 0; i < n; i++) {
+        SatBlock b = sat(false, 1, 1);
+        b.hasVt = true;
+        x0c::putBits(b.vt, 47, 4, strings[i][0]);
+        if (strings[i][0] == 1) x0c::putBits(b.vt, 30, 3, strings[i][1]);
+        set = feed(header(t++), {b})->tblGlo[0];
+        if (i + 1 < n) EXPECT_EQ(set.tblTmPrmGlo[1]->actual, 0) << i;
+    }
+    EXPECT_EQ(set.tblTmPrmGlo[1]->actual, 1);
+    EXPECT_EQ(set.tblTmPrmGlo[0]->actual, 0);
+}
