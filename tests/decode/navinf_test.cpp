@@ -187,7 +187,9 @@ TEST(IntakeNavInf, GlonassTimeParametersComeFromTheVtSource) {
         x0c::putBits(b.vt, 47, 4, strings[i][0]);
         if (strings[i][0] == 1) x0c::putBits(b.vt, 30, 3, strings[i][1]);
         set = feed(header(t++), {b})->tblGlo[0];
-        if (i + 1 < n) EXPECT_EQ(set.tblTmPrmGlo[1]->actual, 0) << i;
+        if (i + 1 < n) {
+            EXPECT_EQ(set.tblTmPrmGlo[1]->actual, 0) << i;
+        }
     }
     EXPECT_EQ(set.tblTmPrmGlo[1]->actual, 1);
     EXPECT_EQ(set.tblTmPrmGlo[0]->actual, 0);
