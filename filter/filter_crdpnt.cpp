@@ -76,7 +76,7 @@ bool isFix(const tblCrdPnt_t* rec) {
 
 void Filter_t::pntRestart(unsigned int t, const tblCrdPnt_t* rec) {
     PntState& s = *pnt;
-    std::memcpy(s.ref, rec->xyz, sizeof s.ref);
+    for (int i = 0; i < 3; i++) s.ref[i] = rec->xyz[i];
     const double lat = std::atan2(s.ref[2], std::hypot(s.ref[0], s.ref[1]));
     const double lon = std::atan2(s.ref[1], s.ref[0]);
     const double sf = std::sin(lat), cf = std::cos(lat);

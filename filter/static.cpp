@@ -53,7 +53,10 @@ signed char Static_t::InitStatic(double* pos, unsigned int t0, double* k,
     if (dopMax > kDopMaxLimit) return -7;
     if (mode != 0 && mode != 1 && mode != 10) return -8;
 
+    st->nMax = nMax;
+    st->dopMax = dopMax;
     st->mode = mode;
+    /* pos may be null: the position is discarded just below. */
     if (pos != nullptr) std::memcpy(st->xyz, pos, sizeof st->xyz);
     st->set = 1;
     st->tLast = t0;
@@ -88,7 +91,9 @@ signed char Static_t::StaticFilter(tblCrdPnt_t* rec, unsigned int t) {
     unsigned int n = t - st->tStart - 1;
     if (n > st->nMax) n = st->nMax;
 
-    const double d = r_xyz(st->xyz, rec->xyz);
+    /* Copied out: the record's doubles need not be 8-byte aligned. */
+    const double fix[3] = {rec->xyz[0], rec->xyz[1], rec->xyz[2]};
+    const double d = r_xyz(st->xyz, fix);
     if (d > kCoarse && n != st->nMax) {
         for (int i = 0; i < 3; i++) st->xyz[i] = (st->xyz[i] + rec->xyz[i]) * 0.5;
         st->dt = (st->dt + rec->dt) * 0.5;
@@ -111,7 +116,7 @@ signed char Static_t::StaticFilter(tblCrdPnt_t* rec, unsigned int t) {
         rec->tau = st->tau;
     }
 
-    std::memcpy(rec->xyz, st->xyz, sizeof st->xyz);
+    for (int i = 0; i < 3; i++) rec->xyz[i] = st->xyz[i];
     rec->dt = st->dt;
     st->tLast = t;
     return 0;
