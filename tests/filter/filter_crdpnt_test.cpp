@@ -250,16 +250,6 @@ TEST(PositionFilter, SecondCallForTheSameFixTimeChangesNothing) {
     r = fixAt(b);
     const tblCrdPnt_t* out = f.KalmanCrdPnt0(t + 1, &r);
     EXPECT_EQ(std::memcmp(out, &first, sizeof first), 0);
-    // The next second goes on from the first fix only.
-    Filter_t g;
-    Noise same;
-    settleStatic(g, 10, 3.0, same);
-    r = fixAt(a);
-    g.KalmanCrdPnt0(t + 1, &r);
-    r = fixAt(P);
-    tblCrdPnt_t viaF = *f.KalmanCrdPnt0(t + 2, &r);
-    r = fixAt(P);
-    EXPECT_TRUE(samePos(g.KalmanCrdPnt0(t + 2, &r), &viaF));
 }
 
 }  // namespace
