@@ -140,19 +140,18 @@ reject:
     return false;
 }
 
-/* Loads strings 1 to 4 from four consecutive 10-byte pieces and builds the
- * table from them. Used to re-check a stored ephemeris: any failure here
- * is a programming error, not a data error. */
+/* Loads four consecutive 10-byte pieces (strings 1 to 4, stored by their
+ * own numbers as if received) and builds the table from them. Used to
+ * re-check a stored ephemeris: any failure here is a programming error,
+ * not a data error. */
 void OprGloCt_t::check(unsigned char* bytes, tblOprGlo_t* tbl, tblHdr_t* hdr) {
     static const char* const kSig =
         "void OprGloCt_t::check(unsigned char*, tblOprGlo_t*, tblHdr_t*)";
     clear();
     for (int i = 0; i < 4; i++) {
         NavInfStr_t s;
-        bool ok = s.check(NAVSTR_GLO_CT, bytes + 10 * i);
-        ZEL_ASSERT(ok && s.getNum() == (unsigned int)(i + 1), "0", "navinf",
-                   kSig);
-        str[i] = s;
+        ZEL_ASSERT(s.check(NAVSTR_GLO_CT, bytes + 10 * i), "0", "navinf", kSig);
+        put(s);
     }
     ZEL_ASSERT(isCmplt(), "0", "navinf", kSig);
     bool ok = getTbl(tbl, hdr);
