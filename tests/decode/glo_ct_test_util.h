@@ -1,7 +1,7 @@
 /*
  * Helpers of the GLONASS CT collector tests: satellite blocks carrying one
- * CT string, receiver times of real recordings, and readers of the text
- * files of data/rawnav.
+ * CT string, receiver times of real recordings, and a reader of the
+ * receivers' decoded records in data/rawnav.
  */
 #ifndef ZELNAV_TESTS_GLO_CT_TEST_UTIL_H
 #define ZELNAV_TESTS_GLO_CT_TEST_UTIL_H
@@ -17,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "real_glo_strings.h"
 #include "x0c_writer.h"
 
 namespace glocttest {
@@ -47,44 +48,11 @@ inline unsigned int tmZelOfGps(int week, double tow) {
     return (unsigned int)(gps - 18 - 630709200LL);
 }
 
-/* One line of a glo_strings_*.txt file. */
-struct RealStr {
-    int week;
-    double tow;
-    int slot, k, num;
-    uint8_t b[11];   /* the 11 transmitted bytes; the first 10 are kept */
-    std::string sig;
-};
-
-inline std::string dataPath(const char* name) {
-    return std::string(ZELNAV_DATA_DIR) + "/rawnav/" + name;
-}
-
-inline std::vector<RealStr> loadStrings(const char* name) {
-    std::vector<RealStr> out;
-    std::ifstream in(dataPath(name));
-    std::string line;
-    while (std::getline(in, line)) {
-        if (line.empty() || line[0] == '#') continue;
-        std::istringstream ls(line);
-        RealStr r;
-        std::string hex;
-        int ok;
-        ls >> r.week >> r.tow >> r.slot >> r.k >> r.num >> hex >> ok >> r.sig;
-        if (!ls || hex.size() != 22) continue;
-        for (int i = 0; i < 11; i++)
-            r.b[i] = (uint8_t)std::strtoul(hex.substr(2 * i, 2).c_str(),
-                                           nullptr, 16);
-        out.push_back(r);
-    }
-    return out;
-}
-
 /* Records of an sbf_*.txt file by slot (column 3); every column as a
  * number, in file order. */
 inline std::map<int, std::vector<double>> loadRefs(const char* name) {
     std::map<int, std::vector<double>> out;
-    std::ifstream in(dataPath(name));
+    std::ifstream in(std::string(ZELNAV_DATA_DIR) + "/rawnav/" + name);
     std::string line;
     while (std::getline(in, line)) {
         if (line.empty() || line[0] == '#') continue;

@@ -31,10 +31,10 @@ namespace {
 #define LSB(n) std::ldexp(1.0, -(n))
 
 /* The strings of S1 by slot and string number (L1 and L2 carry the same). */
-std::map<int, std::map<int, RealStr>> s1BySlot() {
-    std::map<int, std::map<int, RealStr>> out;
-    for (const RealStr& r : loadStrings("glo_strings_sbf_log0000.txt"))
-        if (r.sig == "L1OF" || !out[r.slot].count(r.num)) out[r.slot][r.num] = r;
+std::map<int, std::map<int, RealGloString>> s1BySlot() {
+    std::map<int, std::map<int, RealGloString>> out;
+    for (const RealGloString& r : loadRealGloStringsFile("glo_strings_sbf_log0000.txt"))
+        if (r.signal == "L1OF" || !out[r.slot].count(r.number)) out[r.slot][r.number] = r;
     return out;
 }
 
@@ -56,15 +56,15 @@ TEST(GloCtRealData, S1EphemerisMatchesReceiver) {
         /* The writer rebuilds exactly the check bits the satellite sent. */
         for (int n = 2; n <= 4; n++) {
             uint8_t full[11];
-            x0c::ctWithCheckBits(s[n].b, full);
-            EXPECT_EQ(0, std::memcmp(full, s[n].b, 11));
+            x0c::ctWithCheckBits(s[n].bytes.data(), full);
+            EXPECT_EQ(0, std::memcmp(full, s[n].bytes.data(), 11));
         }
         unsigned int t2 = tmZelOfGps(s[2].week, s[2].tow);
         tblOprGlo_t zero;
         std::memset(&zero, 0, sizeof zero);
         uint8_t pieces[40];
         x0c::gloCtEncodeStr1(zero, (t2 - 4) % 86400, pieces);
-        for (int n = 2; n <= 4; n++) std::memcpy(pieces + 10 * (n - 1), s[n].b, 10);
+        for (int n = 2; n <= 4; n++) std::memcpy(pieces + 10 * (n - 1), s[n].bytes.data(), 10);
 
         tblOprGlo_t t, viaBlocks;
         std::memset(&t, 0, sizeof t);
@@ -86,13 +86,13 @@ TEST(GloCtRealData, S1EphemerisMatchesReceiver) {
         EXPECT_EQ(t.nt, ref[29]);
         EXPECT_EQ(+t.ft * 100, ref[30]);
         /* Flags the table does not keep, read with the same field table. */
-        EXPECT_EQ(field(s[2].b, kGloCtStr2[GLO_S2_BN]), ref[23]);
-        EXPECT_EQ(field(s[2].b, kGloCtStr2[GLO_S2_P2]), ref[21]);
-        EXPECT_EQ(field(s[3].b, kGloCtStr3[GLO_S3_P]), ref[26]);
-        EXPECT_EQ(field(s[3].b, kGloCtStr3[GLO_S3_LN]), ref[27]);
-        EXPECT_EQ(field(s[4].b, kGloCtStr4[GLO_S4_P4]), ref[28]);
-        EXPECT_EQ(field(s[4].b, kGloCtStr4[GLO_S4_EN]), ref[22]);
-        EXPECT_EQ(field(s[4].b, kGloCtStr4[GLO_S4_N]), (unsigned int)slot);
+        EXPECT_EQ(field(s[2].bytes.data(), kGloCtStr2[GLO_S2_BN]), ref[23]);
+        EXPECT_EQ(field(s[2].bytes.data(), kGloCtStr2[GLO_S2_P2]), ref[21]);
+        EXPECT_EQ(field(s[3].bytes.data(), kGloCtStr3[GLO_S3_P]), ref[26]);
+        EXPECT_EQ(field(s[3].bytes.data(), kGloCtStr3[GLO_S3_LN]), ref[27]);
+        EXPECT_EQ(field(s[4].bytes.data(), kGloCtStr4[GLO_S4_P4]), ref[28]);
+        EXPECT_EQ(field(s[4].bytes.data(), kGloCtStr4[GLO_S4_EN]), ref[22]);
+        EXPECT_EQ(field(s[4].bytes.data(), kGloCtStr4[GLO_S4_N]), (unsigned int)slot);
         fields += 20;
 
         /* The same strings as the receiver delivers them, in satellite
@@ -100,7 +100,7 @@ TEST(GloCtRealData, S1EphemerisMatchesReceiver) {
         OprGloCt_t c;
         feed(c, pieces, t2 - 1);
         for (int n = 2; n <= 4; n++, fed++)
-            feed(c, s[n].b, tmZelOfGps(s[n].week, s[n].tow) + 1);
+            feed(c, s[n].bytes.data(), tmZelOfGps(s[n].week, s[n].tow) + 1);
         ASSERT_TRUE(c.isCmplt());
         ASSERT_TRUE(c.getTbl(&viaBlocks, &hdr));
         EXPECT_EQ(0, std::memcmp(&viaBlocks, &t, sizeof t));
@@ -110,13 +110,13 @@ TEST(GloCtRealData, S1EphemerisMatchesReceiver) {
         uint8_t again[10];
         x0c::gloCtEncodeStr2(t, again);
         for (int i : {GLO_S2_TB, GLO_S2_VY, GLO_S2_AY, GLO_S2_Y})
-            EXPECT_EQ(field(again, kGloCtStr2[i]), field(s[2].b, kGloCtStr2[i]));
+            EXPECT_EQ(field(again, kGloCtStr2[i]), field(s[2].bytes.data(), kGloCtStr2[i]));
         x0c::gloCtEncodeStr3(t, again);
         for (int i : {GLO_S3_GAMMA, GLO_S3_VZ, GLO_S3_AZ, GLO_S3_Z})
-            EXPECT_EQ(field(again, kGloCtStr3[i]), field(s[3].b, kGloCtStr3[i]));
+            EXPECT_EQ(field(again, kGloCtStr3[i]), field(s[3].bytes.data(), kGloCtStr3[i]));
         x0c::gloCtEncodeStr4(t, slot, 0, again);
         for (int i : {GLO_S4_TAU, GLO_S4_DTAU, GLO_S4_FT, GLO_S4_NT, GLO_S4_N, GLO_S4_M})
-            EXPECT_EQ(field(again, kGloCtStr4[i]), field(s[4].b, kGloCtStr4[i]));
+            EXPECT_EQ(field(again, kGloCtStr4[i]), field(s[4].bytes.data(), kGloCtStr4[i]));
     }
     EXPECT_EQ(slots, 9);
     std::printf("S1 ephemeris: %d slots, %d strings fed, %d fields compared\n",
@@ -131,14 +131,14 @@ TEST(GloCtRealData, S1String5AndAlmanacMatchReceiver) {
     for (auto& [slot, s] : s1BySlot()) {
         SCOPED_TRACE(slot);
         for (auto& [n, r] : s) {
-            feed(c, r.b, tmZelOfGps(r.week, r.tow) + 1);
+            feed(c, r.bytes.data(), tmZelOfGps(r.week, r.tow) + 1);
             fed++;
         }
         if (s.count(5)) {
             /* Day and interval are the system's; the time offsets are each
              * satellite's own upload, so they are compared exactly only for
              * the satellite the receiver took them from. */
-            const uint8_t* b = s[5].b;
+            const uint8_t* b = s[5].bytes.data();
             EXPECT_EQ(gloCtValue(b, kGloCtStr5[GLO_S5_NA]), tm[8]);
             EXPECT_EQ(gloCtValue(b, kGloCtStr5[GLO_S5_N4]), tm[6]);
             double tol = slot == tm[2] ? 0.5 : 8;
@@ -151,7 +151,7 @@ TEST(GloCtRealData, S1String5AndAlmanacMatchReceiver) {
         if (!s.count(6) || !s.count(7)) continue;
         /* Frame 5 strings 6 and 7: the almanac of slot 21. */
         tblAlmGloSat_t e;
-        gloCtAlmEntry(s[6].b, s[7].b, &e);
+        gloCtAlmEntry(s[6].bytes.data(), s[7].bytes.data(), &e);
         const std::vector<double>& a = alm.at(21);
         pairs++;
         EXPECT_EQ(e.num, 21);
@@ -189,33 +189,33 @@ TEST(GloCtRealData, S1String5AndAlmanacMatchReceiver) {
 }
 
 TEST(GloCtRealData, U1SuperframeThroughCollectors) {
-    std::vector<RealStr> all = loadStrings("glo_strings_ubx_testobsnav.txt");
+    std::vector<RealGloString> all = loadRealGloStringsFile("glo_strings_ubx_testobsnav.txt");
     std::stable_sort(all.begin(), all.end(),
-                     [](const RealStr& a, const RealStr& b) { return a.tow < b.tow; });
+                     [](const RealGloString& a, const RealGloString& b) { return a.tow < b.tow; });
     ASSERT_EQ(all.size(), 353u);
     struct Sat {
         OprGloCt_t opr;
         TmPrmGloCt_t prm;
         AlmGloCt_t alm;
         std::vector<tblOprGlo_t> eph;
-        std::map<unsigned int, const RealStr*> byEnd; /* string end -> string */
+        std::map<unsigned int, const RealGloString*> byEnd; /* string end -> string */
     };
     std::map<int, Sat> sats;
     std::map<int, int> letter;
-    for (const RealStr& r : all) {
+    for (const RealGloString& r : all) {
         Sat& s = sats[r.slot];
-        letter[r.slot] = r.k;
+        letter[r.slot] = r.letter;
         /* Strings end on even seconds; some reports (slot 14 on L2) come
          * one measurement epoch late. With that, the recording's time and
          * the string number agree. */
         unsigned int end = tmZelOfGps(r.week, r.tow);
         end -= end % 2;
-        ASSERT_EQ(x0c::gloCtSlotAt(end - 1).str, (unsigned int)r.num);
+        ASSERT_EQ(x0c::gloCtSlotAt(end - 1).str, (unsigned int)r.number);
         s.byEnd[end] = &r;
         for (unsigned int d = 1; d <= 2; d++) {
-            feed(s.opr, r.b, end + d);
-            feed(s.prm, r.b, end + d);
-            feed(s.alm, r.b, end + d);
+            feed(s.opr, r.bytes.data(), end + d);
+            feed(s.prm, r.bytes.data(), end + d);
+            feed(s.alm, r.bytes.data(), end + d);
         }
         tblOprGlo_t t;
         tblHdr_t hdr{};
@@ -261,7 +261,7 @@ TEST(GloCtRealData, U1SuperframeThroughCollectors) {
             int idx = gloCtAlmIndex(at.frame, at.str);
             if (idx < 0 || idx % 2 || !s.byEnd.count(end + 2)) continue;
             tblAlmGloSat_t e;
-            gloCtAlmEntry(first->b, s.byEnd[end + 2]->b, &e);
+            gloCtAlmEntry(first->bytes.data(), s.byEnd[end + 2]->bytes.data(), &e);
             entries++;
             EXPECT_EQ(e.onErrData, 0);
             EXPECT_EQ(e.onEmpty, 0);
