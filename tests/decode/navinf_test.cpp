@@ -194,3 +194,22 @@ TEST(IntakeNavInf, GlonassTimeParametersComeFromTheVtSource) {
     EXPECT_EQ(set.tblTmPrmGlo[1]->actual, 1);
     EXPECT_EQ(set.tblTmPrmGlo[0]->actual, 0);
 }
+
+/* A complete VT ephemeris with a value out of range leaves `actual` at 1
+ * in the decoder; the slot voids the table on the decoder's verdict. */
+TEST(IntakeNavInf, RejectedVtEphemerisIsVoidedByTheSlot) {
+    for (double xKm : {27000.0, 27000.5}) {
+        SCOPED_TRACE(xKm);
+        Feed feed;
+        unsigned int t = kT0 + 3;
+        tblSatGlo set = {};
+        for (unsigned n : {1, 2, 3, 4, 5, 6, 7, 10}) {
+            SatBlock b = sat(false, 1, 1);
+            b.hasVt = true;
+            x0c::putBits(b.vt, 47, 4, n);
+            if (n == 2) x0c::putBits(b.vt, 8, 29, x0c::rawSignMag(xKm, 1.0 / 8192, 29));
+            set = feed(header(t++), {b})->tblGlo[0];
+        }
+        EXPECT_EQ(set.tblOprGlo[1]->actual, xKm > 27000.0 ? 0 : 1);
+    }
+}
