@@ -13,7 +13,11 @@
 #include <cstdlib>
 
 #if defined(__GLIBC__)
-#include <assert.h>
+/* The C runtime's assertion routine. <assert.h> declares it only when
+ * NDEBUG is not defined, and a Release build defines NDEBUG, so it is
+ * declared here as glibc declares it. */
+extern "C" void __assert_fail(const char* assertion, const char* file, unsigned int line,
+                              const char* function) noexcept __attribute__((__noreturn__));
 #endif
 
 [[noreturn]] inline void zelAssertFail(const char* cond, const char* unit,
