@@ -51,11 +51,20 @@ public:
     static double GetValue(const unsigned char* data, int pos, int len,
                            bool sign, double scale);
     /* GLONASS CT strings, `pos` being the interface-document bit number of
-     * the field's least significant bit (9..85). */
+     * the field's least significant bit (9..85) within the 10 kept bytes:
+     * string bit b lies in byte 9 - (b - 9) / 8 at bit (b - 9) % 8, so the
+     * walk goes down the bytes as the bit numbers rise. Bits below 9 (the
+     * check bits, not kept) and above 88 read as 0. */
     static double GetValueCT(const unsigned char* data, int pos, int len,
                              bool sign, double scale);
     static double GetValueVT(const unsigned char* data, int pos, int len,
                              bool sign, double scale);
+    /* L3 strings, stored first-transmitted bit first (bit 7 of byte 0),
+     * the bits numbered 300 downward from there. A field whose least
+     * significant bit is numbered `pos` starts, most significant bit
+     * first, at bit index 301 - (pos + len) counted from 0 at bit 7 of
+     * byte 0. Bits before the string or past its status byte (the 38th)
+     * read as 0. */
     static double GetValueL3(const unsigned char* data, int pos, int len,
                              bool sign, double scale);
     /* Rounds half away from zero. */

@@ -4,6 +4,7 @@
 #include <stdio.h>
 
 #include "zel.h"
+#include "tbl_pnt.h"
 
 _Static_assert(sizeof(tblHdr_t) == 28, "tblHdr_t");
 _Static_assert(sizeof(tblObs_t) == 156, "tblObs_t");
@@ -15,6 +16,8 @@ _Static_assert(sizeof(tblAlmGlo_t) == 1744, "tblAlmGlo_t");
 _Static_assert(sizeof(tblTmPrmGps_t) == 44, "tblTmPrmGps_t");
 _Static_assert(sizeof(tblAlmGpsSat_t) == 84, "tblAlmGpsSat_t");
 _Static_assert(sizeof(tblAlmGps_t) == 2704, "tblAlmGps_t");
+_Static_assert(sizeof(tblCrdPnt_t) == 100, "tblCrdPnt_t");
+_Static_assert(sizeof(tblSpdPnt_t) == 48, "tblSpdPnt_t");
 _Static_assert(offsetof(tblObs_t, psvd) == 16, "doubles aligned to 4");
 _Static_assert(offsetof(tblOprGlo_t, tb) == 84, "tblOprGlo_t.tb");
 /* A result list announces 16 bytes, its size with 32-bit pointers. */
