@@ -220,6 +220,24 @@ TEST(CrdSatGlo, IntegrationFollowsTheOrbit) {
     EXPECT_NEAR(home.vxyz[2], o.vz, 1e-6);
 }
 
+TEST(CrdSatGlo, VelocityIsTheMotionOfThePositionInTheRotatingFrame) {
+    // The same pseudorange one second earlier and later: the position,
+    // each in the frame of its own reception, moves by the velocity the
+    // row reports. Checked ten minutes either side of tb.
+    crdsat_t c;
+    GloSat s;
+    s.opr[0].gammaN = 0.0;
+    for (unsigned int tod : {11700u - 600u, 11700u + 600u}) {
+        tblCrdSat_t a, b, m;
+        ASSERT_EQ(run(c, s, tod - 1, &a), 1);
+        ASSERT_EQ(run(c, s, tod + 1, &b), 1);
+        ASSERT_EQ(run(c, s, tod, &m), 1);
+        for (int k = 0; k < 3; k++)
+            EXPECT_NEAR((b.xyz[k] - a.xyz[k]) / 2.0, m.vxyz[k], 1e-3) << tod << " " << k;
+        EXPECT_GT(norm(m.vxyz), 3000.0);
+    }
+}
+
 TEST(CrdSatGlo, ForceModelOfAnOblateEarth) {
     // The J2 term strengthens gravity over the equator and weakens it over
     // the poles: g = GM/r^2 (1 + 3/2 J2 (ae/r)^2) and (1 - 3 J2 (ae/r)^2).

@@ -151,6 +151,12 @@ TEST(Geodesy, TopocentricOrderIsNorthUpEast) {
     double mx[3] = {-1, 0, 0};
     geo::gcsk_tcsk(b2, mx, top);
     EXPECT_NEAR(top[2], 1.0, 1e-15);
+    // At latitude 30, longitude 0: +X is up-and-south.
+    double b3[3] = {30.0, 0.0, 0.0};
+    geo::gcsk_tcsk(b3, vx, top);
+    EXPECT_NEAR(top[0], -0.5, 1e-15);
+    EXPECT_NEAR(top[1], std::sqrt(0.75), 1e-15);
+    EXPECT_NEAR(top[2], 0.0, 1e-15);
     // The station's own array comes back in degrees (to the last bits).
     EXPECT_NEAR(b2[0], 45.0, 1e-12);
     EXPECT_NEAR(b2[1], 90.0, 1e-12);
