@@ -196,33 +196,35 @@ int crdsat_t::calcCrdGlo(unsigned int tm, tblHdr_t* hdr, tblObs_t* obs,
      * has turned by omega * dt since tb. */
     const double th = -kOmegaE * dt;
     const double sth = std::sin(th), cth = std::cos(th);
-    const double X = r[0] * cth - r[1] * sth;
-    const double Y = r[0] * sth + r[1] * cth;
-    const double Z = r[2];
-    out->xyz[0] = X;
-    out->xyz[1] = Y;
-    out->xyz[2] = Z;
-    out->vxyz[0] = v[0] * cth - v[1] * sth + kOmegaE * Y;
-    out->vxyz[1] = v[0] * sth + v[1] * cth - kOmegaE * X;
-    out->vxyz[2] = v[2];
-    out->acc[0] = opr->ax;
-    out->acc[1] = opr->ay;
-    out->acc[2] = opr->az;
+    /* The row is a packed record whose doubles may sit on 4-byte
+     * boundaries: the geometry below works on aligned copies. */
+    double xyz[3], vxyz[3];
+    xyz[0] = r[0] * cth - r[1] * sth;
+    xyz[1] = r[0] * sth + r[1] * cth;
+    xyz[2] = r[2];
+    vxyz[0] = v[0] * cth - v[1] * sth + kOmegaE * xyz[1];
+    vxyz[1] = v[0] * sth + v[1] * cth - kOmegaE * xyz[0];
+    vxyz[2] = v[2];
+    for (int j = 0; j < 3; j++) {
+        out->xyz[j] = xyz[j];
+        out->vxyz[j] = vxyz[j];
+        out->acc[j] = accLS[j];
+    }
 
     /* Troposphere at the receiver point (PZ-90). The range uses the
      * rotated position but the elevation the integrated one before the
      * rotation, in the frame of tb: that is how the receiver has always
      * computed it, and it is kept. */
     if (meteo != nullptr && meteo->actual == 1 && rcvPnt->set == 1) {
-        const double R = calcRange(out->xyz, rcvPnt->xyzPZ90);
+        const double R = calcRange(xyz, rcvPnt->xyzPZ90);
         const double el = calcUm(r, rcvPnt->xyzPZ90);
         out->psvd -= calcTrop(meteo, el, R);
     }
 
     /* An implausible row is flagged but still returned and counted; the
      * users of the list skip rows with `bad` set. */
-    const double radius = norm3(out->xyz);
-    const double speed = norm3(out->vxyz);
+    const double radius = norm3(xyz);
+    const double speed = norm3(vxyz);
     out->bad = 0;
     if (radius > kMaxRadius || radius < kMinRadius) out->bad = 1;
     if (speed > kMaxSpeed || speed < kMinSpeed) out->bad = 1;

@@ -161,10 +161,14 @@ int crdsat_t::calcCrdGps(unsigned int tm, int dUtc, tblHdr_t* hdr,
     const double sinU = std::sin(u), cosU = std::cos(u);
     const double sinI = std::sin(i), cosI = std::cos(i);
     const double sinO = std::sin(Om), cosO = std::cos(Om);
+    /* The row is a packed record: its doubles may sit on 4-byte
+     * boundaries, so the geometry works on aligned copies. */
     const double xp = r * cosU, yp = r * sinU;
-    out->xyz[0] = xp * cosO - yp * cosI * sinO;
-    out->xyz[1] = xp * sinO + yp * cosI * cosO;
-    out->xyz[2] = yp * sinI;
+    double xyz[3];
+    xyz[0] = xp * cosO - yp * cosI * sinO;
+    xyz[1] = xp * sinO + yp * cosI * cosO;
+    xyz[2] = yp * sinI;
+    for (int k = 0; k < 3; k++) out->xyz[k] = xyz[k];
 
     /* Atmosphere at the receiver point (WGS-84). */
     double corr = 0.0;
@@ -176,14 +180,14 @@ int crdsat_t::calcCrdGps(unsigned int tm, int dUtc, tblHdr_t* hdr,
         const double tlRaw = (double)t + rcvPnt->blhWGS84[1] / 15.0 * 3600.0;
         const uint32_t tl =
             std::isfinite(tlRaw) ? (uint32_t)(int64_t)tlRaw : t;
-        const double I = calcKlobuchara(alpha, beta, out->xyz,
+        const double I = calcKlobuchara(alpha, beta, xyz,
                                         rcvPnt->xyzWGS84, rcvPnt->blhWGS84,
                                         tl);
         corr = -I * kC;
     }
     if (meteo != nullptr && meteo->actual == 1 && rcvPnt->set == 1) {
-        const double R = calcRange(out->xyz, rcvPnt->xyzWGS84);
-        const double el = calcUm(out->xyz, rcvPnt->xyzWGS84);
+        const double R = calcRange(xyz, rcvPnt->xyzWGS84);
+        const double el = calcUm(xyz, rcvPnt->xyzWGS84);
         corr -= calcTrop(meteo, el, R);
     }
     /* The relativistic term goes in a second time, here without the
@@ -195,15 +199,16 @@ int crdsat_t::calcCrdGps(unsigned int tm, int dUtc, tblHdr_t* hdr,
     const double Vr = A * n * e * std::sin(nu) / rootE;
     const double vxp = Vr * cosU - Vu * sinU;
     const double vyp = Vr * sinU + Vu * cosU;
-    out->vxyz[0] = vxp * cosO - vyp * cosI * sinO + kOmegaE * out->xyz[1];
-    out->vxyz[1] = vxp * sinO + vyp * cosI * cosO - kOmegaE * out->xyz[0];
-    out->vxyz[2] = vyp * sinI;
+    double v[3];
+    v[0] = vxp * cosO - vyp * cosI * sinO + kOmegaE * xyz[1];
+    v[1] = vxp * sinO + vyp * cosI * cosO - kOmegaE * xyz[0];
+    v[2] = vyp * sinI;
+    for (int k = 0; k < 3; k++) out->vxyz[k] = v[k];
 
     /* A NaN norm compares false and passes. */
     out->bad = 0;
-    const double* x = out->xyz;
-    const double* v = out->vxyz;
-    const double radius = std::sqrt(x[0] * x[0] + x[1] * x[1] + x[2] * x[2]);
+    const double radius =
+        std::sqrt(xyz[0] * xyz[0] + xyz[1] * xyz[1] + xyz[2] * xyz[2]);
     const double speed = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
     if (radius > kMaxRadius || speed > kMaxSpeed) {
         out->bad = 1;

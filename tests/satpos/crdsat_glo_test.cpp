@@ -76,7 +76,7 @@ TEST(CrdSatGlo, TwoBandCombinationDoesNotDependOnTheLetter) {
         const double want = 81.0 / 32.0 * p1 - 49.0 / 32.0 * (p2 - kC * dTau) -
                             kC * s.opr[0].tauN;
         EXPECT_NEAR(out.psvd, want, 1e-6) << int(lit);
-        EXPECT_EQ(out.dop, 2345.5);
+        EXPECT_EQ(+out.dop, 2345.5);
         EXPECT_EQ((unsigned char)out.lit, lit);
         EXPECT_EQ(out.num, 2);
         EXPECT_EQ(out.sys, 0);
@@ -99,7 +99,7 @@ TEST(CrdSatGlo, SingleSignalFallbacks) {
     s.obs.actual[1] = 1;
     ASSERT_EQ(run(c, s, 11700, &out, 0, 1), 1);
     EXPECT_NEAR(out.psvd, 2.0e7 + 7.0 - clk, 1e-6);
-    EXPECT_EQ(out.dop, 11.0);
+    EXPECT_EQ(+out.dop, 11.0);
     // A pair outside the bands (C1 with the fifth signal): C1 when valid,
     // else the fifth.
     s.obs.actual[0] = 1;
@@ -165,12 +165,12 @@ TEST(CrdSatGlo, FramesAtBothEndsOfTheIntegration) {
     const double th = -kOmegaE;
     EXPECT_NEAR(out.xyz[0], o.x * std::cos(th) - o.y * std::sin(th), 1e-6);
     EXPECT_NEAR(out.xyz[1], o.x * std::sin(th) + o.y * std::cos(th), 1e-6);
-    EXPECT_EQ(out.xyz[2], o.z);
+    EXPECT_EQ(+out.xyz[2], +o.z);
     EXPECT_NEAR(out.vxyz[0], o.vx * std::cos(th) - o.vy * std::sin(th), 1e-9);
     EXPECT_NEAR(out.vxyz[1], o.vx * std::sin(th) + o.vy * std::cos(th), 1e-9);
-    EXPECT_EQ(out.vxyz[2], o.vz);
-    EXPECT_EQ(out.acc[1], o.ay);
-    EXPECT_EQ(out.acc[2], o.az);
+    EXPECT_EQ(+out.vxyz[2], +o.vz);
+    EXPECT_EQ(+out.acc[1], +o.ay);
+    EXPECT_EQ(+out.acc[2], +o.az);
     EXPECT_EQ(out.bad, 0);
 
     // Received at tb with the same pseudorange: emission one second before
@@ -199,7 +199,8 @@ TEST(CrdSatGlo, IntegrationFollowsTheOrbit) {
     s.obs.psvd[0] = 0.0;
     tblCrdSat_t fwd;
     ASSERT_EQ(run(c, s, 11700 + 900, &fwd), 1);
-    EXPECT_GT(c.calcRange(fwd.xyz, &s.opr[0].x), 2.5e6);
+    Vec3 a(fwd.xyz), b(&s.opr[0].x);
+    EXPECT_GT(c.calcRange(a.v, b.v), 2.5e6);
     EXPECT_EQ(fwd.bad, 0);
     // Use the propagated state, brought back to the Earth-fixed frame of
     // its own epoch, as a new ephemeris and go back to the old tb.
@@ -234,7 +235,7 @@ TEST(CrdSatGlo, VelocityIsTheMotionOfThePositionInTheRotatingFrame) {
         ASSERT_EQ(run(c, s, tod, &m), 1);
         for (int k = 0; k < 3; k++)
             EXPECT_NEAR((b.xyz[k] - a.xyz[k]) / 2.0, m.vxyz[k], 1e-3) << tod << " " << k;
-        EXPECT_GT(norm(m.vxyz), 3000.0);
+        EXPECT_GT(norm(+m.vxyz), 3000.0);
     }
 }
 
@@ -295,7 +296,7 @@ TEST(CrdSatGlo, TroposphereOnlyWithPointAndReadings) {
     EXPECT_LT(d, 30.0);
     meteo.actual = 0;
     ASSERT_EQ(run(c, s, 11760, &wet, 0, 1, &meteo), 1);
-    EXPECT_EQ(wet.psvd, bare.psvd);
+    EXPECT_EQ(+wet.psvd, +bare.psvd);
 }
 
 }  // namespace

@@ -30,7 +30,7 @@ TEST(CrdSatGps, RefusesBadStringsMissingSignalAndInvalidEphemeris) {
     EXPECT_EQ(out.num, 2);
     EXPECT_EQ(out.sys, 1);
     EXPECT_EQ(out.bad, 0);
-    EXPECT_EQ(out.dop, -1234.5);
+    EXPECT_EQ(+out.dop, -1234.5);
 
     GpsSat bad;
     bad.hdr.badNavInfCt = 16;
@@ -95,19 +95,19 @@ TEST(CrdSatGps, PseudorangeAndGroupDelayBySignalPair) {
                 2.5457277801631593 * 2.2e7 - 1.5457277801631593 * (2.2e7 + 5.0) +
                     kC * dtsv, 1e-6);
     EXPECT_NEAR(out.psvd, 2.2e7 - 1.5457277801631593 * 5.0 + kC * dtsv, 1e-6);
-    EXPECT_EQ(out.dop, -1234.5);
+    EXPECT_EQ(+out.dop, -1234.5);
 
     // The pair the other way round is no combination: C2 alone, with TGD
     // unscaled.
     ASSERT_EQ(run(c, s, 259200, &out, 1, 0), 1);
     EXPECT_NEAR(out.psvd, 2.2e7 + 5.0 + kC * (dtsv - tgd), 1e-6);
-    EXPECT_EQ(out.dop, -961.9);
+    EXPECT_EQ(+out.dop, -961.9);
 
     // First signal present but not valid (flag 2): the second stands in.
     s.obs.actual[0] = 2;
     ASSERT_EQ(run(c, s, 259200, &out, 0, 1), 1);
     EXPECT_NEAR(out.psvd, 2.2e7 + 5.0 + kC * (dtsv - tgd), 1e-6);
-    EXPECT_EQ(out.dop, -961.9);
+    EXPECT_EQ(+out.dop, -961.9);
     s.obs.actual[1] = 0;
     EXPECT_EQ(run(c, s, 259200, &out, 0, 1), 0);
     // With equal signals the flag must be exactly 1.
@@ -146,11 +146,11 @@ TEST(CrdSatGps, KeplerPassLimitAndStrictThreshold) {
     tblCrdSat_t out;
     out.xyz[0] = out.xyz[1] = out.xyz[2] = 7.0;
     EXPECT_EQ(run(c, s, 259200, &out), 0);
-    EXPECT_EQ(out.xyz[0], 7.0);
+    EXPECT_EQ(+out.xyz[0], 7.0);
     s.opr.e = 0.999;
     s.opr.m0 = 0.5;
     run(c, s, 259200, &out);
-    EXPECT_NE(out.xyz[0], 7.0);
+    EXPECT_NE(+out.xyz[0], 7.0);
 }
 
 TEST(CrdSatGps, VelocityIsTheMotionOfThePositionInTheRotatingFrame) {
@@ -172,8 +172,8 @@ TEST(CrdSatGps, VelocityIsTheMotionOfThePositionInTheRotatingFrame) {
         ASSERT_EQ(run(c, s, sow, &m), 1);
         for (int k = 0; k < 3; k++)
             EXPECT_NEAR((b.xyz[k] - a.xyz[k]) / 2.0, m.vxyz[k], 2e-3) << sow << " " << k;
-        EXPECT_GT(norm(m.vxyz), 2500.0);
-        EXPECT_LT(norm(m.vxyz), 4000.0);
+        EXPECT_GT(norm(+m.vxyz), 2500.0);
+        EXPECT_LT(norm(+m.vxyz), 4000.0);
         EXPECT_NEAR(norm(m.xyz), 26.56e6, 0.6e6);
     }
 }
@@ -199,14 +199,16 @@ TEST(CrdSatGps, AtmosphereNeedsItsInputs) {
     double xyz[3] = {p->xyzWGS84[0], p->xyzWGS84[1], p->xyzWGS84[2]};
     unsigned int t = tmOfGps(259200) + kLeap + 630709200u;
     unsigned int tl = t + (unsigned int)(blh[1] * 240.0);
-    double I = c.calcKlobuchara(alpha, beta, withIon.xyz, xyz, blh, tl);
+    Vec3 satIon(withIon.xyz);
+    double I = c.calcKlobuchara(alpha, beta, satIon.v, xyz, blh, tl);
     EXPECT_NEAR(bare.psvd - withIon.psvd, I * kC, 1e-6);
     EXPECT_GT(I * kC, 1.0);
     EXPECT_LT(I * kC, 40.0);
 
     ASSERT_EQ(run(c, s, 259200, &withBoth, 0, 0, &meteo), 1);
-    double el = c.calcUm(withBoth.xyz, xyz);
-    double trop = c.calcTrop(&meteo, el, c.calcRange(withBoth.xyz, xyz));
+    Vec3 sat(withBoth.xyz);
+    double el = c.calcUm(sat.v, xyz);
+    double trop = c.calcTrop(&meteo, el, c.calcRange(sat.v, xyz));
     ASSERT_GT(el, 0.0);
     EXPECT_GT(trop, 2.0);
     EXPECT_NEAR(withIon.psvd - withBoth.psvd, trop, 1e-6);
@@ -219,7 +221,7 @@ TEST(CrdSatGps, AtmosphereNeedsItsInputs) {
     s.ion.actual = 0;
     ASSERT_EQ(fresh.calcCrdGps(tmOfGps(259200), kLeap, &s.hdr, &s.obs, &s.opr,
                                &noPnt, 0, 0, &meteo, &s.ion), 1);
-    EXPECT_EQ(noPnt.psvd, bare.psvd);
+    EXPECT_EQ(+noPnt.psvd, +bare.psvd);
 }
 
 TEST(CrdSatGps, PlausibilityBoundsRefuseTheRow) {

@@ -42,10 +42,10 @@ TEST(CrdSat, FreshObjectHasFiveEmptyListsAndNoPoint) {
     for (int k = 0; k < CRDSAT_NUM_LISTS; k++) {
         lsttblCrdSat_t* l = c.getList(k);
         EXPECT_EQ(l->length, 16u);
-        EXPECT_NE(l->tbl, nullptr);
+        EXPECT_NE(+l->tbl, nullptr);
         EXPECT_EQ(l->num, 0u);
         EXPECT_EQ(l->tm, 0u);
-        for (int j = 0; j < k; j++) EXPECT_NE(c.getList(j)->tbl, l->tbl);
+        for (int j = 0; j < k; j++) EXPECT_NE(+c.getList(j)->tbl, +l->tbl);
     }
     EXPECT_EQ(c.getPnt()->set, 0);
 }
@@ -61,21 +61,21 @@ TEST(CrdSat, GetPutsGlonassRowsFirstAndReusesRefusedRows) {
     const int nums[] = {2, 9, 5, 31};
     const int syss[] = {0, 0, 1, 1};
     for (int k = 0; k < 4; k++) {
-        EXPECT_EQ(l->tbl[k].num, nums[k]) << k;
-        EXPECT_EQ(l->tbl[k].sys, syss[k]) << k;
-        EXPECT_EQ(l->tbl[k].bad, 0) << k;
+        EXPECT_EQ(+l->tbl[k].num, nums[k]) << k;
+        EXPECT_EQ(+l->tbl[k].sys, syss[k]) << k;
+        EXPECT_EQ(+l->tbl[k].bad, 0) << k;
     }
     // A GLONASS row that fails the bounds is still counted.
     e.glo[0].opr[0].vx = e.glo[0].opr[0].vy = e.glo[0].opr[0].vz = 0.0;
     e.glo[0].opr[0].x = 1.0e6;
     l = c.get(&e.lst, e.tm, kLeap);
     ASSERT_EQ(l->num, 4u);
-    EXPECT_EQ(l->tbl[0].bad, 1);
+    EXPECT_EQ(+l->tbl[0].bad, 1);
 
     // getGps fills list 0 with GPS rows only.
     l = c.getGps(&e.lst, e.tm + 1, kLeap);
     ASSERT_EQ(l->num, 2u);
-    EXPECT_EQ(l->tbl[0].num, 5);
+    EXPECT_EQ(+l->tbl[0].num, 5);
     EXPECT_EQ(l->tm, e.tm + 1);
 }
 
@@ -104,7 +104,7 @@ TEST(CrdSat, GetGloFillsTheListOfItsSignalFromItsSource) {
     ASSERT_EQ(l, c.getList(2));
     EXPECT_EQ(l->num, 1u);
     EXPECT_EQ(l->tm, e.tm);
-    EXPECT_EQ(l->tbl[0].num, 2);
+    EXPECT_EQ(+l->tbl[0].num, 2);
     // The other lists are not touched.
     EXPECT_EQ(c.getList(0)->num, 0u);
     l = c.getGlo(&e.lst, e.tm, 0, 1);
@@ -117,7 +117,7 @@ TEST(CrdSat, GetGloFillsTheListOfItsSignalFromItsSource) {
     l = c.getGlo(&e.lst, e.tm, 4, 4);
     ASSERT_EQ(l, c.getList(4));
     EXPECT_EQ(l->num, 1u);
-    EXPECT_EQ(l->tbl[0].num, 9);
+    EXPECT_EQ(+l->tbl[0].num, 9);
     // Signal indices that name no list.
     EXPECT_EQ(c.getGlo(&e.lst, e.tm, 5, 5), nullptr);
     EXPECT_EQ(c.getGlo(&e.lst, e.tm, -1, 1), nullptr);
@@ -146,9 +146,9 @@ TEST(CrdSat, ClearEmptiesListsOnlyAndGetRepeatsItsRows) {
     lsttblCrdSat_t* l = c.get(&e.lst, e.tm, kLeap);
     ASSERT_EQ(l->num, 5u);
     for (int k = 0; k < 4; k++) {
-        EXPECT_EQ(l->tbl[k].num, first[k].num);
-        EXPECT_EQ(l->tbl[k].psvd, first[k].psvd) << k;
-        for (int j = 0; j < 3; j++) EXPECT_EQ(l->tbl[k].xyz[j], first[k].xyz[j]);
+        EXPECT_EQ(+l->tbl[k].num, first[k].num);
+        EXPECT_EQ(+l->tbl[k].psvd, +first[k].psvd) << k;
+        for (int j = 0; j < 3; j++) EXPECT_EQ(+l->tbl[k].xyz[j], +first[k].xyz[j]);
     }
 }
 

@@ -120,8 +120,16 @@ inline void tlse(double* xyz) {
     xyz[0] = 4627852.3986; xyz[1] = 119640.3423; xyz[2] = 4372994.4588;
 }
 
-inline double norm(const double* v) {
-    return std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
+/* An aligned copy of three doubles of a packed record (whose doubles may
+ * sit on 4-byte boundaries and must not be read through a double*). */
+struct Vec3 {
+    double v[3];
+    explicit Vec3(const void* p) { std::memcpy(v, p, sizeof v); }
+};
+
+inline double norm(const void* p) {
+    Vec3 a(p);
+    return std::sqrt(a.v[0] * a.v[0] + a.v[1] * a.v[1] + a.v[2] * a.v[2]);
 }
 
 }  // namespace satpos_test
