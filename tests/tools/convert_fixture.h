@@ -51,6 +51,14 @@ inline std::unique_ptr<Converted> convert(const std::string& obs,
     return c;
 }
 
+/* What the receiver says of a GPS block's navigation data: 32 when the
+ * broadcast health marks the data bad (summary bit of subframe 1), else
+ * nothing. */
+inline int gpsNavFlag(const cvt::Converter& c, int prn, uint32_t tmZel) {
+    const cvt::GpsRecord* r = c.nav().gpsNearest(prn, (int64_t)tmZel + c.leapSeconds() + 630709200);
+    return r && (r->tbl.health & 0x20) ? 32 : 0;
+}
+
 /* The library's message converter behind its C interface. */
 class Intake {
 public:

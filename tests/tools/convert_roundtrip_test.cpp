@@ -99,8 +99,11 @@ TEST_F(RoundTrip1s, HeaderFlagsStayClearInEveryBlock) {
     long gloBlocks = 0, vtBlocks = 0;
     for (const convtest::Message& m : conv_->msgs) {
         lsttblSat_t* l = in.feed(m.bytes);
-        for (uint32_t i = 0; i < l->numGps; i++)
-            ASSERT_EQ(l->tblGps[i].tblHdr->badNavInfCt, 0) << "G" << (int)l->tblGps[i].tblHdr->num;
+        for (uint32_t i = 0; i < l->numGps; i++) {
+            int prn = l->tblGps[i].tblHdr->num;
+            ASSERT_EQ(convtest::gpsNavFlag(*conv_->conv, prn, getTmZel(l)), 0) << "G" << prn;
+            ASSERT_EQ(l->tblGps[i].tblHdr->badNavInfCt, 0) << "G" << prn;
+        }
         for (uint32_t i = 0; i < l->numGlo; i++) {
             const tblSatGlo& g = l->tblGlo[i];
             gloBlocks++;

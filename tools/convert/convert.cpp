@@ -149,42 +149,57 @@ bool Converter::addEpoch(const rinex::ObsEpoch& e) {
         rangeSet_ = true;
     }
     if ((opt_.hasFrom && sec.t < opt_.from) || (opt_.hasTo && sec.t > opt_.to)) return true;
-    if (havePrev_) {
-        int64_t g = sec.t - prev_.t;
-        if (g <= 0) {
-            note(e.line, "epoch falls on second " + civilText(sec.t) +
-                             ", already converted; skipped");
-            return true;
-        }
-        if (g > 1) {
-            if (g <= opt_.maxGap && !sec.afterBreak) {
-                ObsSecond mid;
-                auto freq = [this](char sys, int prn) {
-                    int k = 0;
-                    if (sys == 'R') gloFreq(prn, k);
-                    return k;
-                };
-                for (int64_t t = prev_.t + 1; t < sec.t && !stopped_; t++) {
-                    interpolateSecond(prev_, sec, t, freq, mid);
-                    emit(mid);
-                }
-            } else {
-                note(e.line, "no observations for the " + std::to_string(g - 1) +
-                                 " s before this epoch" +
-                                 (sec.afterBreak ? " (power failure)" : "") +
-                                 ": nothing written for them");
-                sum_.gaps++;
-            }
-        }
+    if (pending_ && sec.t <= hist_.back().t) {
+        note(e.line, "epoch falls on second " + civilText(sec.t) + ", already converted; skipped");
+        return true;
     }
-    sum_.epochs++;
-    emit(sec);
-    prev_ = sec;
-    havePrev_ = true;
+    if (pending_) settle(&sec);
+    hist_.push_back(sec);
+    if (hist_.size() > 3) hist_.pop_front();
+    pending_ = true;
     return !stopped_;
 }
 
+int Converter::freqOf(const void* self, char sys, int prn) {
+    int k = 0;
+    if (sys == 'R') static_cast<const Converter*>(self)->gloFreq(prn, k);
+    return k;
+}
+
+/* Writes the waiting recorded second, after the seconds of the gap before
+ * it. `next` is the recorded second after it, if any. */
+void Converter::settle(const ObsSecond* next) {
+    std::size_t n = hist_.size();
+    const ObsSecond& b = hist_[n - 1];
+    if (n >= 2) {
+        const ObsSecond& a = hist_[n - 2];
+        int64_t g = b.t - a.t;
+        if (g > 1 && g <= opt_.maxGap && !b.afterBreak) {
+            Bracket br;
+            br.a = &a;
+            br.b = &b;
+            /* The neighbours lend rates only across gaps that could be
+             * filled themselves. */
+            if (n >= 3 && a.t - hist_[n - 3].t <= opt_.maxGap && !a.afterBreak) br.before = &hist_[n - 3];
+            if (next && next->t - b.t <= opt_.maxGap && !next->afterBreak) br.after = next;
+            ObsSecond mid;
+            for (int64_t t = a.t + 1; t < b.t && !stopped_; t++) {
+                interpolateSecond(br, t, freqOf, this, mid);
+                emit(mid);
+            }
+        } else if (g > 1) {
+            note(b.line, "no observations for the " + std::to_string(g - 1) + " s before this epoch" +
+                             (b.afterBreak ? " (power failure)" : "") + ": nothing written for them");
+            sum_.gaps++;
+        }
+    }
+    sum_.epochs++;
+    emit(b);
+    pending_ = false;
+}
+
 void Converter::end() {
+    if (pending_ && !stopped_) settle(nullptr);
     long observed = (long)(seenGps_.size() + seenGlo_.size());
     sum_.skippedSatellites = observed - sum_.gpsSatellites - sum_.gloSatellites;
 }

@@ -33,12 +33,15 @@
  *
  * Seconds between recorded epochs up to `maxGap` apart are filled with
  * interpolated observations and marked as such; epochs off the whole
- * second are moved onto it along their Doppler.
+ * second are moved onto it along their Doppler. A recorded epoch is
+ * written when the next one has been read (or at end()), since filling
+ * the seconds before it takes the phase rates from both sides.
  */
 #ifndef ZELNAV_CONVERT_H
 #define ZELNAV_CONVERT_H
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <set>
 #include <string>
@@ -129,6 +132,8 @@ private:
 
     void startTables(int64_t tmZel);
     bool emit(const ObsSecond& sec);
+    void settle(const ObsSecond* next);
+    static int freqOf(const void* self, char sys, int prn);
     bool recordedSecond(const rinex::ObsEpoch& e, ObsSecond& out);
     bool buildBlock(const SatSignals& s, int64_t tmZel, long line, x0c::SatBlock& out);
     bool gloFreq(int slot, int& k) const;
@@ -150,8 +155,10 @@ private:
     int16_t meteo_[3] = {0, 0, 0};
     bool started_ = false;
     bool stopped_ = false;
-    bool havePrev_ = false;
-    ObsSecond prev_;
+    /* Recorded seconds: the last two written and the one waiting for the
+     * next, whose phase rates the filling of its gap needs. */
+    std::deque<ObsSecond> hist_;
+    bool pending_ = false;
     bool shiftWarned_ = false;
     bool leapKnown_ = false;
     bool rangeSet_ = false;     /* from / to placed on the first epoch's day */

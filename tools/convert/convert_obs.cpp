@@ -119,32 +119,93 @@ bool shiftAlongDoppler(SatSignals& s, double dt, int k) {
     return all;
 }
 
-bool interpolateSat(const SatSignals& a, const SatSignals& b, double g, double tau, int k,
+namespace {
+
+const double kRateAgreement = 5.0;   /* cycles/s between phase rate and Doppler */
+
+const SatSignals* findSat(const ObsSecond* sec, char sys, int prn) {
+    if (!sec) return nullptr;
+    for (const SatSignals& s : sec->sats)
+        if (s.sys == sys && s.prn == prn) return &s;
+    return nullptr;
+}
+
+/* Phase rate (cycles/s) at epoch `at` (one of the three) from the phase
+ * of three recorded epochs in time order, by the derivative of the
+ * parabola through them, when the phase runs unbroken through the three
+ * and agrees there with the Doppler. */
+bool phaseRate(const SatSignals* s[3], const int64_t t[3], int at, int place, double& rate) {
+    for (int i = 0; i < 3; i++) {
+        if (!s[i]) return false;
+        const SigVal& v = s[i]->sig[place];
+        if (!v.present || !v.hasFaze || (i > 0 && v.lossOfLock)) return false;
+    }
+    double x = (double)t[at];
+    double ref = s[at]->sig[place].faze;
+    double r = 0;
+    for (int i = 0; i < 3; i++) {
+        double num = 0, den = 1;
+        for (int j = 0; j < 3; j++) {
+            if (j == i) continue;
+            num += x - (double)t[j];
+            den *= (double)(t[i] - t[j]);
+        }
+        r += (s[i]->sig[place].faze - ref) * num / den;
+    }
+    const SigVal& v = s[at]->sig[place];
+    if (!v.hasDop || std::fabs(r + v.dop) > kRateAgreement) return false;
+    rate = r;
+    return true;
+}
+
+/* Rate of the Hermite interpolant at fraction tau. */
+double hermiteRate(double p0, double m0, double p1, double m1, double g, double tau) {
+    double t2 = tau * tau;
+    return (6 * t2 - 6 * tau) * (p0 - p1) / g + (3 * t2 - 4 * tau + 1) * m0 + (3 * t2 - 2 * tau) * m1;
+}
+
+/* One satellite between the bracket's epochs; false when no place is
+ * left. */
+bool interpolateSat(const Bracket& br, const SatSignals* before, const SatSignals& a,
+                    const SatSignals& b, const SatSignals* after, int64_t t, int k,
                     SatSignals& out) {
     out = SatSignals();
     out.sys = a.sys;
     out.prn = a.prn;
+    double g = (double)(br.b->t - br.a->t);
+    double tau = (double)(t - br.a->t) / g;
     bool any = false;
     for (int p = 0; p < kPlaces; p++) {
         const SigVal& va = a.sig[p];
         const SigVal& vb = b.sig[p];
-        if (!va.present || !vb.present) continue;
+        if (!va.present || !vb.present || !va.hasDop || !vb.hasDop) continue;
         double lambda = wavelength(a.sys, k, p);
+        bool phase = va.hasFaze && vb.hasFaze && !vb.lossOfLock;
+        /* Rates in cycles/s: the phase's own where it can tell them. */
+        double ma = -va.dop, mb = -vb.dop;
+        if (phase) {
+            /* Centred where the neighbours allow, one-sided at the ends of
+             * a run of epochs. */
+            const SatSignals* pab[3] = {before, &a, &b};
+            const SatSignals* abn[3] = {&a, &b, after};
+            int64_t tpab[3] = {br.before ? br.before->t : 0, br.a->t, br.b->t};
+            int64_t tabn[3] = {br.a->t, br.b->t, br.after ? br.after->t : 0};
+            double r;
+            if (phaseRate(pab, tpab, 1, p, r) || phaseRate(abn, tabn, 0, p, r)) ma = r;
+            if (phaseRate(abn, tabn, 1, p, r) || phaseRate(pab, tpab, 2, p, r)) mb = r;
+        }
+        double ra = lambda * ma, rb = lambda * mb;
+        if (std::fabs(vb.psvd - va.psvd - 0.5 * g * (ra + rb)) > kPsvdTolerance) continue;
         SigVal& v = out.sig[p];
-        /* Without the rates, a straight line between epochs 30 s apart
-         * would be metres off: such a place is left out. */
-        if (!va.hasDop || !vb.hasDop) continue;
-        double rate0 = -lambda * va.dop, rate1 = -lambda * vb.dop;
-        if (std::fabs(vb.psvd - va.psvd - 0.5 * g * (rate0 + rate1)) > kPsvdTolerance) continue;
         v.present = true;
-        v.psvd = hermite(va.psvd, rate0, vb.psvd, rate1, g, tau);
+        v.psvd = hermite(va.psvd, ra, vb.psvd, rb, g, tau);
         v.hasDop = true;
         v.dop = va.dop + tau * (vb.dop - va.dop);
         any = true;
-        if (va.hasFaze && vb.hasFaze && !vb.lossOfLock &&
-            std::fabs(vb.faze - va.faze + 0.5 * g * (va.dop + vb.dop)) <= kFazeTolerance) {
+        if (phase && std::fabs(vb.faze - va.faze - 0.5 * g * (ma + mb)) <= kFazeTolerance) {
             v.hasFaze = true;
-            v.faze = hermite(va.faze, -va.dop, vb.faze, -vb.dop, g, tau);
+            v.faze = hermite(va.faze, ma, vb.faze, mb, g, tau);
+            v.dop = -hermiteRate(va.faze, ma, vb.faze, mb, g, tau);
         }
         if (va.hasSnr && vb.hasSnr) {
             v.hasSnr = true;
@@ -152,6 +213,24 @@ bool interpolateSat(const SatSignals& a, const SatSignals& b, double g, double t
         }
     }
     return any;
+}
+
+}  // namespace
+
+void interpolateSecond(const Bracket& br, int64_t t, FreqOf freq, const void* ctx, ObsSecond& out) {
+    out.t = t;
+    out.interpolated = true;
+    out.afterBreak = false;
+    out.line = br.b->line;
+    out.sats.clear();
+    for (const SatSignals& sa : br.a->sats) {
+        const SatSignals* sb = findSat(br.b, sa.sys, sa.prn);
+        if (!sb) continue;
+        SatSignals s;
+        if (interpolateSat(br, findSat(br.before, sa.sys, sa.prn), sa, *sb,
+                           findSat(br.after, sa.sys, sa.prn), t, freq(ctx, sa.sys, sa.prn), s))
+            out.sats.push_back(s);
+    }
 }
 
 }  // namespace cvt

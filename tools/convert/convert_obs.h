@@ -13,22 +13,29 @@
  * strength digit 1-9 of the pseudorange (or phase), read as the middle of
  * its 6 dB-Hz band: 6 n + 2.5 dB-Hz.
  *
- * Interpolation between two recorded epochs A and B (t in between,
- * g = tB - tA seconds): for a place present at both,
- *  - pseudorange and phase by cubic Hermite interpolation, with the
- *    values at A and B and their rates from the Doppler (pseudorange rate
- *    = -wavelength x Doppler, phase rate = -Doppler: RINEX signs, Doppler
- *    positive for an approaching satellite);
- *  - Doppler and signal strength linearly.
- * A place without a Doppler at A or B is not interpolated: a straight line
- * between epochs 30 s apart would be metres off.
- * The result is checked against the Doppler: when the change of a
- * pseudorange from A to B departs from the Doppler's prediction by more
- * than 50 m (a clock jump, a tracking reset) that place is not
- * interpolated; when a phase departs by more than 20 cycles, or B reports
- * a loss of lock, the phase is not interpolated (it is sent as 0).
- * Satellites or places present at only one of A and B are left out of the
- * seconds between.
+ * Interpolation between two recorded epochs A and B (t in between): for a
+ * place present at both, pseudorange and phase by cubic Hermite
+ * interpolation from their values at A and B and their rates there. The
+ * rate at an epoch is taken from the phase itself, the derivative of the
+ * parabola through the phase at three recorded epochs (the epoch and its
+ * neighbours, or at the ends of a run A, B and the one after B, or the one
+ * before A, A and B), when the phase runs unbroken through the three (no
+ * loss of lock, and agreeing with the Doppler to 5 cycles/s); otherwise from
+ * the Doppler (RINEX signs: Doppler positive for an approaching
+ * satellite, so phase rate = -Doppler, pseudorange rate = -wavelength x
+ * Doppler). The phase's own rate is far less noisy than the Doppler of a
+ * weak signal: over 30 s it keeps the filled phase within a fraction of a
+ * cycle where the Doppler's would wander by several. The pseudorange
+ * takes the same rate in metres. The Doppler of a filled second is minus
+ * the rate of the interpolated phase (linear between A and B where there
+ * is no phase), the signal strength is linear.
+ * The result is checked: when the change of a pseudorange from A to B
+ * departs from what its rates predict by more than 50 m (a clock jump, a
+ * tracking reset) the place is not interpolated; when a phase departs by
+ * more than 20 cycles, or B reports a loss of lock, the phase is not
+ * interpolated (it is sent as 0). A place without a Doppler at A or B is
+ * not interpolated. Satellites or places present at only one of A and B
+ * are left out of the seconds between.
  */
 #ifndef ZELNAV_CONVERT_OBS_H
 #define ZELNAV_CONVERT_OBS_H
@@ -97,35 +104,21 @@ private:
  * without a Doppler stay; false if any did). */
 bool shiftAlongDoppler(SatSignals& s, double dt, int k);
 
-/* The observations at `t` (tA < t < tB) between recorded seconds `a` and
- * `b`; `freq` gives the GLONASS frequency number of a slot. */
-template <typename FreqOf>
-void interpolateSecond(const ObsSecond& a, const ObsSecond& b, int64_t t, FreqOf freq,
-                       ObsSecond& out);
+/* The recorded seconds around a gap: `a` and `b` bound it; `before` (the
+ * recorded second before a) and `after` (the one after b) lend the phase
+ * rates, and may be null. */
+struct Bracket {
+    const ObsSecond* before = nullptr;
+    const ObsSecond* a = nullptr;
+    const ObsSecond* b = nullptr;
+    const ObsSecond* after = nullptr;
+};
 
-/* One satellite's places between `a` and `b` at fraction `tau` of the
- * gap of `g` seconds; false when no place survives. */
-bool interpolateSat(const SatSignals& a, const SatSignals& b, double g, double tau, int k,
-                    SatSignals& out);
+/* Frequency number of a GLONASS slot (0 for GPS and unknown slots). */
+using FreqOf = int (*)(const void* ctx, char sys, int prn);
 
-template <typename FreqOf>
-void interpolateSecond(const ObsSecond& a, const ObsSecond& b, int64_t t, FreqOf freq,
-                       ObsSecond& out) {
-    out.t = t;
-    out.interpolated = true;
-    out.afterBreak = false;
-    out.line = b.line;
-    out.sats.clear();
-    double g = (double)(b.t - a.t);
-    double tau = (double)(t - a.t) / g;
-    for (const SatSignals& sa : a.sats)
-        for (const SatSignals& sb : b.sats) {
-            if (sa.sys != sb.sys || sa.prn != sb.prn) continue;
-            SatSignals s;
-            if (interpolateSat(sa, sb, g, tau, freq(sa.sys, sa.prn), s)) out.sats.push_back(s);
-            break;
-        }
-}
+/* The observations at `t` (a.t < t < b.t). */
+void interpolateSecond(const Bracket& br, int64_t t, FreqOf freq, const void* ctx, ObsSecond& out);
 
 }  // namespace cvt
 
