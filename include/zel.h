@@ -10,7 +10,10 @@
 #ifndef ZELNAV_ZEL_H
 #define ZELNAV_ZEL_H
 
+#include "tbl_crd.h"
+#include "tbl_flt.h"
 #include "tbl_nav.h"
+#include "tbl_pnt.h"
 #include "tbl_sat.h"
 
 #if defined(_WIN32)
@@ -38,6 +41,44 @@ ZEL_API int tmZelToDate(unsigned int tmZel, unsigned int* date);
 ZEL_API unsigned int getTmZel(void* lst);
 /* date: year, month, day. */
 ZEL_API void DateAlmGloToDate(unsigned int n4, int na, unsigned int* date);
+
+/* Satellite positions and corrected pseudoranges. lst is a lsttblSat_t*
+ * as returned by cnvx0c_upx0c; dUtc the GPS-UTC seconds. The results are
+ * the handle's lsttblCrdSat_t lists: crdsat_get (both systems, GLONASS on
+ * C1/C2 then GPS on C1) and crdsat_getGps fill list 0, crdsat_getGlo fills
+ * list sig1. */
+ZEL_API void* crdsat_init(void);
+ZEL_API void crdsat_finit(int* h);
+ZEL_API void* crdsat_get(int* h, void* lst, unsigned int tm, int dUtc);
+ZEL_API void* crdsat_getGlo(int* h, void* lst, unsigned int tm, int sig1, int sig2);
+ZEL_API void* crdsat_getGps(int* h, void* lst, unsigned int tm, int dUtc);
+/* Receiver reference point: form 0 Cartesian (m), 1 geodetic (degrees,
+ * degrees, m); datum 0 WGS-84, 1 PZ-90. */
+ZEL_API void crdsat_setPnt(int* h, double* pnt, unsigned int form, unsigned int datum);
+/* Empties the five lists; rows and reference point stay. */
+ZEL_API void crdsat_clear(int* h);
+
+/* Filtering: observation smoothing, static averaging, position filter. */
+ZEL_API void* filter_init(void);
+ZEL_API void filter_finit(int* h);
+/* Starts the averaging of a receiver at rest. k: end gains of X, Y, Z,
+ * clock and time offset (the last only in mode 10); nMax: epochs over
+ * which the gain falls to k; dopMax: DOP limit in whole units; mode: 0
+ * GLONASS, 1 GPS, 10 both. Returns 0, or -1..-8 for a rejected argument. */
+ZEL_API signed char initStatic(int* h, double* pos, unsigned int t0, double* k,
+                               unsigned int nMax, unsigned int dopMax,
+                               unsigned char mode);
+/* Averages one solution in; 0 when `rec` was rewritten with the average,
+ * -1..-8 otherwise. */
+ZEL_API signed char staticFilter(int* h, tblCrdPnt_t* rec, unsigned int t);
+/* Smooths the GLONASS observations of the list in place. */
+ZEL_API void KalmanFilterObs0(int* h, lsttblSat_t* lst);
+/* Smooths the GLONASS observations; returns the lsttblKalmanObs_t* of the
+ * handle. */
+ZEL_API void* KalmanFilterObs(int* h, lsttblSat_t* lst);
+/* Filters the position solution of epoch t; returns the tblCrdPnt_t* of
+ * the handle. */
+ZEL_API void* KalmanFilterCrdPnt0(int* h, unsigned int t, tblCrdPnt_t* rec);
 
 #ifdef __cplusplus
 }
