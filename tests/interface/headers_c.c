@@ -59,6 +59,7 @@ int main(void) {
         printf("converter from C misbehaved\n");
         return 1;
     }
+
     /* A refused parameter comes back negative through the C declaration. */
     int* f = (int*)filter_init();
     double pos[3] = {0.0, 0.0, 0.0};
