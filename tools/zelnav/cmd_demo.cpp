@@ -13,7 +13,6 @@
 #include <exception>
 #include <vector>
 
-#include "commands.h"
 #include "print_epoch.h"
 #include "x0c_bits.h"
 #include "x0c_writer.h"
@@ -30,6 +29,7 @@ const unsigned int kRsvrOrigin = 630720000u;
 const unsigned int kGpsFromTmZel = 630709200u;
 const unsigned int kGpsUtc = 18;
 const int kMaxEpochs = 60;
+const int kExitUsage = 2;
 
 struct DemoSat {
     bool gps;
@@ -139,16 +139,6 @@ std::vector<uint8_t> epochMessage(int epoch) {
     return x0c::buildMessage(h, sats);
 }
 
-int usageError(const char* fmt, const char* arg) {
-    std::fprintf(stderr, "zelnav demo: ");
-    std::fprintf(stderr, fmt, arg);
-    std::fprintf(stderr, "\n");
-    demoUsage(stderr);
-    return EXIT_USAGE;
-}
-
-}  // namespace
-
 void demoUsage(FILE* out) {
     std::fprintf(out,
                  "usage: zelnav demo [--epochs N]\n"
@@ -160,7 +150,18 @@ void demoUsage(FILE* out) {
                  kMaxEpochs);
 }
 
-int demoRun(int argc, char** argv) {
+int usageError(const char* fmt, const char* arg) {
+    std::fprintf(stderr, "zelnav demo: ");
+    std::fprintf(stderr, fmt, arg);
+    std::fprintf(stderr, "\n");
+    demoUsage(stderr);
+    return kExitUsage;
+}
+
+}  // namespace
+
+/* Exit status: 0 done, 1 a message could not be written, 2 bad usage. */
+int cmdDemo(int argc, char** argv) {
     int epochs = 3;
     for (int i = 1; i < argc; i++) {
         if (std::strcmp(argv[i], "--help") == 0 ||
