@@ -10,6 +10,7 @@
 #ifndef ZELNAV_ZEL_H
 #define ZELNAV_ZEL_H
 
+#include "tbl_crd.h"
 #include "tbl_nav.h"
 #include "tbl_sat.h"
 
@@ -38,6 +39,22 @@ ZEL_API int tmZelToDate(unsigned int tmZel, unsigned int* date);
 ZEL_API unsigned int getTmZel(void* lst);
 /* date: year, month, day. */
 ZEL_API void DateAlmGloToDate(unsigned int n4, int na, unsigned int* date);
+
+/* Satellite positions and corrected pseudoranges. lst is a lsttblSat_t*
+ * as returned by cnvx0c_upx0c; dUtc the GPS-UTC seconds. The results are
+ * the handle's lsttblCrdSat_t lists: crdsat_get (both systems, GLONASS on
+ * C1/C2 then GPS on C1) and crdsat_getGps fill list 0, crdsat_getGlo fills
+ * list sig1. */
+ZEL_API void* crdsat_init(void);
+ZEL_API void crdsat_finit(int* h);
+ZEL_API void* crdsat_get(int* h, void* lst, unsigned int tm, int dUtc);
+ZEL_API void* crdsat_getGlo(int* h, void* lst, unsigned int tm, int sig1, int sig2);
+ZEL_API void* crdsat_getGps(int* h, void* lst, unsigned int tm, int dUtc);
+/* Receiver reference point: form 0 Cartesian (m), 1 geodetic (degrees,
+ * degrees, m); datum 0 WGS-84, 1 PZ-90. */
+ZEL_API void crdsat_setPnt(int* h, double* pnt, unsigned int form, unsigned int datum);
+/* Empties the five lists; rows and reference point stay. */
+ZEL_API void crdsat_clear(int* h);
 
 #ifdef __cplusplus
 }

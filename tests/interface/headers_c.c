@@ -20,6 +20,13 @@ _Static_assert(sizeof(tblCrdPnt_t) == 100, "tblCrdPnt_t");
 _Static_assert(sizeof(tblSpdPnt_t) == 48, "tblSpdPnt_t");
 _Static_assert(offsetof(tblObs_t, psvd) == 16, "doubles aligned to 4");
 _Static_assert(offsetof(tblOprGlo_t, tb) == 84, "tblOprGlo_t.tb");
+/* A result list announces 16 bytes, its size with 32-bit pointers. */
+_Static_assert(sizeof(lsttblCrdSat_t) == ZEL_LEN_LSTCRDSAT - 4 + sizeof(void*),
+               "lsttblCrdSat_t");
+_Static_assert(offsetof(lsttblCrdSat_t, num) == 4 + sizeof(void*),
+               "lsttblCrdSat_t.num");
+_Static_assert(offsetof(tblCrdSat_t, xyz) == 4, "tblCrdSat_t.xyz");
+_Static_assert(sizeof(tblCrdSat_t) == 96, "tblCrdSat_t");
 
 int main(void) {
     /* Link against the C entry points, to prove the names are unmangled. */
