@@ -12,6 +12,7 @@
 
 #include "tbl_crd.h"
 #include "tbl_nav.h"
+#include "tbl_pnt.h"
 #include "tbl_sat.h"
 
 #if defined(_WIN32)
@@ -55,6 +56,19 @@ ZEL_API void* crdsat_getGps(int* h, void* lst, unsigned int tm, int dUtc);
 ZEL_API void crdsat_setPnt(int* h, double* pnt, unsigned int form, unsigned int datum);
 /* Empties the five lists; rows and reference point stay. */
 ZEL_API void crdsat_clear(int* h);
+
+/* Position solution. mode: 0 GLONASS, 1 GPS, 10 both (set before the
+ * first get). lst is a lsttblCrdSat_t* as returned by crdsat_get. get and
+ * getTau return the handle's tblCrdPnt_t*, getSpd its tblSpdPnt_t*.
+ * getTau: GLONASS fix with the receiver clock offset tau (s) given, in mode
+ * 0 only. clear keeps the time offset and the velocity. */
+ZEL_API void* crdpnt_init(void);
+ZEL_API void crdpnt_finit(int* h);
+ZEL_API void crdpnt_set(int* h, int mode);
+ZEL_API void* crdpnt_get(int* h, void* lst);
+ZEL_API void* crdpnt_getSpd(int* h);
+ZEL_API void* crdpnt_getTau(int* h, void* lst, double tau);
+ZEL_API void crdpnt_clear(int* h);
 
 #ifdef __cplusplus
 }
