@@ -11,6 +11,7 @@
 #define ZELNAV_ZEL_H
 
 #include "tbl_crd.h"
+#include "tbl_flt.h"
 #include "tbl_nav.h"
 #include "tbl_pnt.h"
 #include "tbl_sat.h"
@@ -69,6 +70,28 @@ ZEL_API void* crdpnt_get(int* h, void* lst);
 ZEL_API void* crdpnt_getSpd(int* h);
 ZEL_API void* crdpnt_getTau(int* h, void* lst, double tau);
 ZEL_API void crdpnt_clear(int* h);
+
+/* Filtering: observation smoothing, static averaging, position filter. */
+ZEL_API void* filter_init(void);
+ZEL_API void filter_finit(int* h);
+/* Starts the averaging of a receiver at rest. k: end gains of X, Y, Z,
+ * clock and time offset (the last only in mode 10); nMax: epochs over
+ * which the gain falls to k; dopMax: DOP limit in whole units; mode: 0
+ * GLONASS, 1 GPS, 10 both. Returns 0, or -1..-8 for a rejected argument. */
+ZEL_API signed char initStatic(int* h, double* pos, unsigned int t0, double* k,
+                               unsigned int nMax, unsigned int dopMax,
+                               unsigned char mode);
+/* Averages one solution in; 0 when `rec` was rewritten with the average,
+ * -1..-8 otherwise. */
+ZEL_API signed char staticFilter(int* h, tblCrdPnt_t* rec, unsigned int t);
+/* Smooths the GLONASS observations of the list in place. */
+ZEL_API void KalmanFilterObs0(int* h, lsttblSat_t* lst);
+/* Smooths the GLONASS observations; returns the lsttblKalmanObs_t* of the
+ * handle. */
+ZEL_API void* KalmanFilterObs(int* h, lsttblSat_t* lst);
+/* Filters the position solution of epoch t; returns the tblCrdPnt_t* of
+ * the handle. */
+ZEL_API void* KalmanFilterCrdPnt0(int* h, unsigned int t, tblCrdPnt_t* rec);
 
 #ifdef __cplusplus
 }

@@ -4,6 +4,7 @@
 #include <stdio.h>
 
 #include "zel.h"
+#include "tbl_flt.h"
 #include "tbl_pnt.h"
 
 _Static_assert(sizeof(tblHdr_t) == 28, "tblHdr_t");
@@ -18,6 +19,11 @@ _Static_assert(sizeof(tblAlmGpsSat_t) == 84, "tblAlmGpsSat_t");
 _Static_assert(sizeof(tblAlmGps_t) == 2704, "tblAlmGps_t");
 _Static_assert(sizeof(tblCrdPnt_t) == 100, "tblCrdPnt_t");
 _Static_assert(sizeof(tblSpdPnt_t) == 48, "tblSpdPnt_t");
+_Static_assert(sizeof(tblKalman2_t) == 80, "tblKalman2_t");
+_Static_assert(sizeof(tblKalmanObs_t) == 1220, "tblKalmanObs_t");
+_Static_assert(offsetof(tblKalmanObs_t, psvd) == 12, "tblKalmanObs_t.psvd");
+_Static_assert(offsetof(tblKalmanObs_t, faze) == 812, "tblKalmanObs_t.faze");
+_Static_assert(offsetof(tblKalman2_t, error) == 76, "tblKalman2_t.error");
 _Static_assert(offsetof(tblObs_t, psvd) == 16, "doubles aligned to 4");
 _Static_assert(offsetof(tblOprGlo_t, tb) == 84, "tblOprGlo_t.tb");
 /* A result list announces 16 bytes, its size with 32-bit pointers. */
@@ -69,6 +75,17 @@ int main(void) {
     crdpnt_finit((int*)p);
     if (bad) {
         printf("position solver from C misbehaved\n");
+        return 1;
+    }
+
+    /* A refused parameter comes back negative through the C declaration. */
+    int* f = (int*)filter_init();
+    double pos[3] = {0.0, 0.0, 0.0};
+    double k[5] = {0.5, 0.5, 0.5, 0.5, 2.0};
+    signed char rc = initStatic(f, pos, 100u, k, 10u, 5u, 10);
+    filter_finit(f);
+    if (rc != -5) {
+        printf("initStatic gave %d\n", rc);
         return 1;
     }
     return 0;
