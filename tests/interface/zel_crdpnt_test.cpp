@@ -38,7 +38,7 @@ TEST(ZelCrdpnt, ForwardsAndKeepsHandlesApart) {
     EXPECT_EQ(static_cast<tblCrdPnt_t*>(crdpnt_getTau(b, &ep.lst, 1e-4))->actual, 0);
     crdpnt_clear(a);
     EXPECT_EQ(pa->numGlo, 0);
-    EXPECT_EQ(pa->xyz[0], 0.0);
+    EXPECT_EQ(+pa->xyz[0], 0.0);
     crdpnt_finit(b);
     crdpnt_finit(a);
 }

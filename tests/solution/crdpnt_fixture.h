@@ -165,6 +165,14 @@ inline void normalInverse(const Epoch& ep, const Truth& t, int unknowns,
     invert(unknowns, N, inv);
 }
 
+/* The records are packed to 4 bytes, so their doubles may not be bound to
+ * references or read through double*: the tests read them by value, as
+ * +p->tau or through xyzOf(). */
+struct Xyz {
+    double v[3];
+};
+inline Xyz xyzOf(const tblCrdPnt_t* p) { return Xyz{{p->xyz[0], p->xyz[1], p->xyz[2]}}; }
+
 inline double dist3(const double* a, const double* b) {
     return std::sqrt((a[0] - b[0]) * (a[0] - b[0]) + (a[1] - b[1]) * (a[1] - b[1]) +
                      (a[2] - b[2]) * (a[2] - b[2]));

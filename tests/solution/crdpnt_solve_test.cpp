@@ -32,8 +32,8 @@ void addGps(Epoch& ep, const Truth& t, int first, int count, bool wgs = false) {
 void expectAt(const tblCrdPnt_t* p, const Truth& t, double omega, double tol) {
     double want[3];
     rotated(t.xyz, omega, t.cdt / kC, want);
-    EXPECT_LT(dist3(p->xyz, want), tol);
-    EXPECT_NEAR(p->dt, t.cdt / kC, 1e-12);
+    EXPECT_LT(dist3(xyzOf(p).v, want), tol);
+    EXPECT_NEAR(+p->dt, t.cdt / kC, 1e-12);
 }
 
 TEST(CrdPntSolve, GlonassOnlyRecoversTheReceiverAndItsClock) {
@@ -93,16 +93,16 @@ TEST(CrdPntSolve, RotationRateFollowsTheModeInOneSystemButNotInTwo) {
     ASSERT_EQ(pa.actual, 1);
     ASSERT_EQ(pb.actual, 1);
     double want[3];
-    rotated(pb.xyz, kOmegaGps - kOmegaGlo, pb.dt, want);
-    EXPECT_GT(dist3(pa.xyz, pb.xyz), 3e-8);
-    EXPECT_LT(dist3(pa.xyz, want), 5e-9);
+    rotated(xyzOf(&pb).v, kOmegaGps - kOmegaGlo, pb.dt, want);
+    EXPECT_GT(dist3(xyzOf(&pa).v, xyzOf(&pb).v), 3e-8);
+    EXPECT_LT(dist3(xyzOf(&pa).v, want), 5e-9);
 
     // The two-system solver keeps the GLONASS rate whatever the mode.
     tblCrdPnt_t qa = {}, qb = {};
     a.navSolveTwoSystem(7, ep.rows, &qa);
     b.navSolveTwoSystem(7, ep.rows, &qb);
     ASSERT_EQ(qa.actual, 1);
-    for (int i = 0; i < 3; i++) EXPECT_EQ(qa.xyz[i], qb.xyz[i]);
+    for (int i = 0; i < 3; i++) EXPECT_EQ(+qa.xyz[i], +qb.xyz[i]);
 }
 
 TEST(CrdPntSolve, CombinedRecoversClockAndTimeOffsetWithSquaredDiagonalDop) {
@@ -122,7 +122,7 @@ TEST(CrdPntSolve, CombinedRecoversClockAndTimeOffsetWithSquaredDiagonalDop) {
     for (int k = 0; k < 4; k++) EXPECT_EQ(p->lstGlo[k], 1 + k);
     for (int k = 0; k < 3; k++) EXPECT_EQ(p->lstGps[k], 14 + k);
     expectAt(p, t, kOmegaGlo, 1e-3);
-    EXPECT_NEAR(p->tau, 25.0 / kC, 1e-11);
+    EXPECT_NEAR(+p->tau, 25.0 / kC, 1e-11);
 
     // Two-system DOP: sqrt of the sum of the squared diagonal over all
     // five unknowns, which for this sky is far from the position-only
@@ -194,7 +194,7 @@ TEST(CrdPntSolve, CombinedWithGlonassRowsOnlyIsAGlonassFix) {
     EXPECT_EQ(p->sys, 0);
     EXPECT_EQ(p->numGlo, 5);
     expectAt(p, t, kOmegaGlo, 1e-3);
-    EXPECT_EQ(p->tau, 0.0);  // not a combined solution
+    EXPECT_EQ(+p->tau, 0.0);  // not a combined solution
 }
 
 TEST(CrdPntSolve, BadRowsAreNeverUsed) {
@@ -261,8 +261,8 @@ TEST(CrdPntSolve, AFailedEpochKeepsThePreviousFixWithActualZero) {
     // The selection has already rewritten counts and lists; the rest stays.
     EXPECT_EQ(p->numGlo, 4);
     EXPECT_EQ(p->lstGlo[0], 30);
-    for (int i = 0; i < 3; i++) EXPECT_EQ(p->xyz[i], before.xyz[i]);
-    EXPECT_EQ(p->dt, before.dt);
+    for (int i = 0; i < 3; i++) EXPECT_EQ(+p->xyz[i], +before.xyz[i]);
+    EXPECT_EQ(+p->dt, +before.dt);
     EXPECT_EQ(p->dop10, before.dop10);
 }
 
@@ -289,12 +289,12 @@ TEST(CrdPntSolve, ClearKeepsTheTimeOffsetAndTheVelocity) {
     EXPECT_EQ(p->numGlo, 0);
     EXPECT_EQ(p->numGps, 0);
     for (int k = 0; k < 24; k++) EXPECT_EQ(p->lstGlo[k] | p->lstGps[k], 0);
-    EXPECT_EQ(p->xyz[0], 0.0);
-    EXPECT_EQ(p->dt, 0.0);
+    EXPECT_EQ(+p->xyz[0], 0.0);
+    EXPECT_EQ(+p->dt, 0.0);
     EXPECT_EQ(p->dop10, 0);
-    EXPECT_EQ(p->tau, tau);
+    EXPECT_EQ(+p->tau, tau);
     EXPECT_EQ(s.getSpd()->actual, 1);
-    EXPECT_EQ(s.getSpd()->vxyz[0], spd.vxyz[0]);
+    EXPECT_EQ(+s.getSpd()->vxyz[0], +spd.vxyz[0]);
 }
 
 TEST(CrdPntSolve, GpsNumbersAreCopiedForAsManyRowsAsTheOldGlonassCount) {

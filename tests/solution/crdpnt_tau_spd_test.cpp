@@ -30,9 +30,9 @@ TEST(CrdPntTau, ThreeGlonassRowsAndAKnownClockGiveTheFix) {
     EXPECT_EQ(p->numGps, 0);
     for (int k = 0; k < 3; k++) EXPECT_EQ(p->lstGlo[k], 5 + k);
     // A fresh record holds dt = 0: no rotation, and dt/tau stay 0.
-    EXPECT_LT(dist3(p->xyz, t.xyz), 1e-3);
-    EXPECT_EQ(p->dt, 0.0);
-    EXPECT_EQ(p->tau, 0.0);
+    EXPECT_LT(dist3(xyzOf(p).v, t.xyz), 1e-3);
+    EXPECT_EQ(+p->dt, 0.0);
+    EXPECT_EQ(+p->tau, 0.0);
     // DOP of the three coordinates alone.
     double N[9] = {0}, q[9];
     for (int r = 0; r < 3; r++) {
@@ -49,7 +49,7 @@ TEST(CrdPntTau, ThreeGlonassRowsAndAKnownClockGiveTheFix) {
     EXPECT_EQ(p->dop10, (int32_t)(10.0 * std::sqrt(q[0] + q[4] + q[8])));
 
     // A wrong clock is absorbed by the coordinates: the fix moves.
-    EXPECT_GT(dist3(s.getTau(&ep.lst, 3e-4 + 1e-6)->xyz, t.xyz), 10.0);
+    EXPECT_GT(dist3(xyzOf(s.getTau(&ep.lst, 3e-4 + 1e-6)).v, t.xyz), 10.0);
 }
 
 TEST(CrdPntTau, RotatesByTheClockOffsetOfTheEarlierFix) {
@@ -73,8 +73,8 @@ TEST(CrdPntTau, RotatesByTheClockOffsetOfTheEarlierFix) {
     ASSERT_EQ(p->actual, 1);
     double want[3];
     rotated(t.xyz, kOmegaGlo, dt, want);
-    EXPECT_LT(dist3(p->xyz, want), 1e-3);
-    EXPECT_EQ(p->dt, dt);
+    EXPECT_LT(dist3(xyzOf(p).v, want), 1e-3);
+    EXPECT_EQ(+p->dt, dt);
 }
 
 TEST(CrdPntTau, TwoRowsOrAnotherModeGiveNoFix) {
@@ -99,8 +99,8 @@ void expectVelocity(const tblSpdPnt_t* v, const Truth& t, int sys) {
     ASSERT_EQ(v->actual, 1);
     EXPECT_EQ(v->length, 48);
     EXPECT_EQ(v->sys, sys);
-    for (int i = 0; i < 3; i++) EXPECT_NEAR(v->vxyz[i], t.v[i], 1e-6) << i;
-    EXPECT_NEAR(v->drift, t.drift, 1e-14);
+    for (int i = 0; i < 3; i++) EXPECT_NEAR(+v->vxyz[i], t.v[i], 1e-6) << i;
+    EXPECT_NEAR(+v->drift, t.drift, 1e-14);
 }
 
 TEST(CrdPntSpd, StaticReceiverWithMatchingDopplersStandsStill) {
@@ -149,7 +149,7 @@ TEST(CrdPntSpd, CombinedFixUsesEveryRowWithItsOwnCarrier) {
         for (int i = 0; i < 3; i++) y += (p->xyz[i] - sat[i]) / row.psvd * row.vxyz[i];
         sum += y - kC * row.dop / carrierOf(row.sys, row.lit);
     }
-    EXPECT_NEAR(v->driftMean, sum / (5 * kC), 1e-15);
+    EXPECT_NEAR(+v->driftMean, sum / (5 * kC), 1e-15);
 }
 
 TEST(CrdPntSpd, RowsOfTheOtherSystemAreIgnored) {
@@ -190,7 +190,7 @@ TEST(CrdPntSpd, NothingChangesWithoutAFixOrWithTooFewRows) {
     fix.actual = 0;
     s.navSpeedTask(&fix, ep.rows, 5);
     EXPECT_EQ(s.getSpd()->actual, 1);
-    EXPECT_EQ(s.getSpd()->vxyz[0], before.vxyz[0]);
+    EXPECT_EQ(+s.getSpd()->vxyz[0], +before.vxyz[0]);
 
     // Enough rows but a singular fit: actual drops, the values stay.
     fix.actual = 1;
@@ -198,7 +198,7 @@ TEST(CrdPntSpd, NothingChangesWithoutAFixOrWithTooFewRows) {
     for (int k = 0; k < 4; k++) same.add(t, 0, 0, 1 + k);
     s.navSpeedTask(&fix, same.rows, 4);
     EXPECT_EQ(s.getSpd()->actual, 0);
-    EXPECT_EQ(s.getSpd()->vxyz[0], before.vxyz[0]);
+    EXPECT_EQ(+s.getSpd()->vxyz[0], +before.vxyz[0]);
 }
 
 }  // namespace

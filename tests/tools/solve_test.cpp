@@ -145,7 +145,10 @@ TEST(SolveReal, WithoutAnApproximatePositionTheFirstPointComesFromGlonass) {
         // The first epoch is solved again with the point set, so even the
         // first fix carries its atmospheric terms: the two runs differ
         // only by the reference point's effect on elevations (mm).
-        EXPECT_LT(dist(seeded.fix()->xyz, cold.fix()->xyz), 0.05) << k;
+        const tblCrdPnt_t *fs = seeded.fix(), *fc = cold.fix();
+        const double ps[3] = {fs->xyz[0], fs->xyz[1], fs->xyz[2]};
+        const double pc[3] = {fc->xyz[0], fc->xyz[1], fc->xyz[2]};
+        EXPECT_LT(dist(ps, pc), 0.05) << k;
         for (uint32_t i = 0; i < cold.rows()->num; i++)
             ASSERT_TRUE(std::isfinite(cold.rows()->tbl[i].psvd)) << k;
     }
