@@ -60,6 +60,24 @@ int main(void) {
         return 1;
     }
 
+    /* A position solver from C: an empty list gives no fix and the
+     * records announce their lengths. */
+    void* p = crdpnt_init();
+    tblCrdSat_t rows[ZEL_NUM_CRDSAT];
+    lsttblCrdSat_t none = {16, rows, 0, 0};
+    crdpnt_set((int*)p, 10);
+    const tblCrdPnt_t* fix = (const tblCrdPnt_t*)crdpnt_get((int*)p, &none);
+    const tblSpdPnt_t* spd = (const tblSpdPnt_t*)crdpnt_getSpd((int*)p);
+    bad = fix == NULL || fix->length != ZEL_LEN_CRDPNT || fix->actual != 0 ||
+          spd == NULL || spd->length != ZEL_LEN_SPDPNT ||
+          crdpnt_getTau((int*)p, &none, 0.0) != fix;
+    crdpnt_clear((int*)p);
+    crdpnt_finit((int*)p);
+    if (bad) {
+        printf("position solver from C misbehaved\n");
+        return 1;
+    }
+
     /* A refused parameter comes back negative through the C declaration. */
     int* f = (int*)filter_init();
     double pos[3] = {0.0, 0.0, 0.0};

@@ -11,6 +11,7 @@
 
 int cmdConvert(int argc, char** argv);
 int cmdDemo(int argc, char** argv);
+int cmdSolve(int argc, char** argv);
 
 namespace {
 
@@ -23,6 +24,7 @@ struct Command {
 const Command kCommands[] = {
     {"convert", cmdConvert, "RINEX observation and navigation files to a log of 0x0C messages"},
     {"demo", cmdDemo, "decode a few generated 0x0C messages and print them"},
+    {"solve", cmdSolve, "position, clock and velocity of every epoch of a log"},
 };
 
 int usage(std::FILE* to) {
