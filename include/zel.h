@@ -11,6 +11,7 @@
 #define ZELNAV_ZEL_H
 
 #include "tbl_flt.h"
+#include "tbl_crd.h"
 #include "tbl_nav.h"
 #include "tbl_pnt.h"
 #include "tbl_sat.h"
@@ -62,6 +63,35 @@ ZEL_API void* KalmanFilterObs(int* h, lsttblSat_t* lst);
 /* Filters the position solution of epoch t; returns the tblCrdPnt_t* of
  * the handle. */
 ZEL_API void* KalmanFilterCrdPnt0(int* h, unsigned int t, tblCrdPnt_t* rec);
+
+/* Satellite positions and corrected pseudoranges. lst is a lsttblSat_t*
+ * as returned by cnvx0c_upx0c; dUtc the GPS-UTC seconds. The results are
+ * the handle's lsttblCrdSat_t lists: crdsat_get (both systems, GLONASS on
+ * C1/C2 then GPS on C1) and crdsat_getGps fill list 0, crdsat_getGlo fills
+ * list sig1. */
+ZEL_API void* crdsat_init(void);
+ZEL_API void crdsat_finit(int* h);
+ZEL_API void* crdsat_get(int* h, void* lst, unsigned int tm, int dUtc);
+ZEL_API void* crdsat_getGlo(int* h, void* lst, unsigned int tm, int sig1, int sig2);
+ZEL_API void* crdsat_getGps(int* h, void* lst, unsigned int tm, int dUtc);
+/* Receiver reference point: form 0 Cartesian (m), 1 geodetic (degrees,
+ * degrees, m); datum 0 WGS-84, 1 PZ-90. */
+ZEL_API void crdsat_setPnt(int* h, double* pnt, unsigned int form, unsigned int datum);
+/* Empties the five lists; rows and reference point stay. */
+ZEL_API void crdsat_clear(int* h);
+
+/* Position solution. mode: 0 GLONASS, 1 GPS, 10 both (set before the
+ * first get). lst is a lsttblCrdSat_t* as returned by crdsat_get. get and
+ * getTau return the handle's tblCrdPnt_t*, getSpd its tblSpdPnt_t*.
+ * getTau: GLONASS fix with the receiver clock offset tau (s) given, in mode
+ * 0 only. clear keeps the time offset and the velocity. */
+ZEL_API void* crdpnt_init(void);
+ZEL_API void crdpnt_finit(int* h);
+ZEL_API void crdpnt_set(int* h, int mode);
+ZEL_API void* crdpnt_get(int* h, void* lst);
+ZEL_API void* crdpnt_getSpd(int* h);
+ZEL_API void* crdpnt_getTau(int* h, void* lst, double tau);
+ZEL_API void crdpnt_clear(int* h);
 
 #ifdef __cplusplus
 }

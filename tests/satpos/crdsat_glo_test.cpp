@@ -1,0 +1,302 @@
+/*
+ * GLONASS satellite computation: refusals and the rows they leave, the
+ * two-band combination and its independence of the letter, the day rule
+ * at its bounds, the step count, the frames at both ends of the
+ * integration, the force model, and the plausibility flags.
+ */
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+
+#include "satpos/crdsat.h"
+#include "satpos_fixture.h"
+
+namespace {
+
+using namespace satpos_test;
+
+const double kOmegaE = 7.2921151467e-5;
+
+int run(crdsat_t& c, GloSat& s, unsigned int tod, tblCrdSat_t* out,
+        int sig1 = 0, int sig2 = 1, tblMeteo* meteo = nullptr) {
+    return c.calcCrdGlo(tmOfGlo(tod), &s.hdr, &s.obs, &s.opr[0], out, sig1,
+                        sig2, meteo);
+}
+
+TEST(CrdSatGlo, RefusalsAndWhatTheyLeaveInTheRow) {
+    crdsat_t c;
+    tblCrdSat_t out, before;
+    std::memset(&out, 0x5a, sizeof out);
+
+    GloSat noSig;
+    noSig.obs.actual[0] = 0;
+    EXPECT_EQ(run(c, noSig, 11760, &out), 0);
+    EXPECT_EQ(out.bad, 1);
+    GloSat noEph;
+    noEph.opr[0].actual = 0;
+    out.bad = 0;
+    EXPECT_EQ(run(c, noEph, 11760, &out), 0);
+    EXPECT_EQ(out.bad, 1);
+
+    // Pairs that are no combination are refused without touching the row.
+    GloSat s;
+    s.obs.actual[1] = s.obs.actual[2] = s.obs.actual[3] = s.obs.actual[4] = 1;
+    std::memset(&out, 0x5a, sizeof out);
+    std::memcpy(&before, &out, sizeof out);
+    const int pairs[][2] = {{0, 2}, {1, 3}, {1, 0}, {3, 2}, {4, 0}};
+    for (const auto& p : pairs) {
+        EXPECT_EQ(run(c, s, 11760, &out, p[0], p[1]), 0) << p[0] << p[1];
+        EXPECT_EQ(std::memcmp(&out, &before, sizeof out), 0) << p[0] << p[1];
+    }
+    // Neither signal valid.
+    GloSat none;
+    none.obs.actual[0] = 2;
+    EXPECT_EQ(run(c, none, 11760, &out, 0, 1), 0);
+    EXPECT_EQ(run(c, none, 11760, &out, 0, 4), 0);
+}
+
+TEST(CrdSatGlo, TwoBandCombinationDoesNotDependOnTheLetter) {
+    // Both band formulas keep the ratio 9/7, so the weights are 81/32 and
+    // 49/32 for every letter, also for letters -7..-1 stored as 25..31 and
+    // used as unsigned bytes 249..255.
+    crdsat_t c;
+    const double p1 = 2.1e7, p2 = 2.1e7 + 12.0, dTau = 2.5e-9;
+    for (unsigned char lit : {0, 1, 6, 13, 25, 31}) {
+        GloSat s;
+        s.hdr.lit = lit;
+        s.obs.actual[1] = 1;
+        s.obs.psvd[0] = p1;
+        s.obs.psvd[1] = p2;
+        s.obs.dop[1] = 99.0;
+        s.opr[0].dTauN = dTau;
+        s.opr[0].gammaN = 0.0;
+        tblCrdSat_t out;
+        ASSERT_EQ(run(c, s, 11700, &out), 1);
+        const double want = 81.0 / 32.0 * p1 - 49.0 / 32.0 * (p2 - kC * dTau) -
+                            kC * s.opr[0].tauN;
+        EXPECT_NEAR(out.psvd, want, 1e-6) << int(lit);
+        EXPECT_EQ(+out.dop, 2345.5);
+        EXPECT_EQ((unsigned char)out.lit, lit);
+        EXPECT_EQ(out.num, 2);
+        EXPECT_EQ(out.sys, 0);
+    }
+}
+
+TEST(CrdSatGlo, SingleSignalFallbacks) {
+    crdsat_t c;
+    GloSat s;
+    s.opr[0].gammaN = 0.0;
+    s.obs.psvd[1] = 2.0e7 + 7.0;
+    s.obs.dop[1] = 11.0;
+    const double clk = kC * s.opr[0].tauN;
+    tblCrdSat_t out;
+    // Second band missing: the first alone.
+    ASSERT_EQ(run(c, s, 11700, &out, 0, 1), 1);
+    EXPECT_NEAR(out.psvd, 2.0e7 - clk, 1e-6);
+    // First band present but not valid: the second alone.
+    s.obs.actual[0] = 2;
+    s.obs.actual[1] = 1;
+    ASSERT_EQ(run(c, s, 11700, &out, 0, 1), 1);
+    EXPECT_NEAR(out.psvd, 2.0e7 + 7.0 - clk, 1e-6);
+    EXPECT_EQ(+out.dop, 11.0);
+    // A pair outside the bands (C1 with the fifth signal): C1 when valid,
+    // else the fifth.
+    s.obs.actual[0] = 1;
+    s.obs.actual[4] = 1;
+    s.obs.psvd[4] = 2.0e7 + 3.0;
+    ASSERT_EQ(run(c, s, 11700, &out, 0, 4), 1);
+    EXPECT_NEAR(out.psvd, 2.0e7 - clk, 1e-6);
+    s.obs.actual[0] = 2;
+    ASSERT_EQ(run(c, s, 11700, &out, 0, 4), 1);
+    EXPECT_NEAR(out.psvd, 2.0e7 + 3.0 - clk, 1e-6);
+}
+
+TEST(CrdSatGlo, DayRuleBoundsAreInclusive) {
+    // With gammaN = 1e-9 and no tauN, the clock term reads back dt.
+    crdsat_t c;
+    struct Case {
+        unsigned int tod, tb;
+        double dt;
+    } cases[] = {
+        {43200, 0, -43200},     // exactly half a day: lowered
+        {0, 43200, 43200},      // exactly minus half a day: raised
+        {43199, 0, 43199},
+        {900, 85500, 1800},     // across midnight
+        {85500, 900, -1800},
+    };
+    for (const Case& k : cases) {
+        GloSat s;
+        s.opr[0].tb = k.tb;
+        s.opr[0].gammaN = 1e-9;
+        s.opr[0].tauN = 0.0;
+        tblCrdSat_t out;
+        ASSERT_EQ(run(c, s, k.tod, &out), 1);
+        EXPECT_NEAR((s.obs.psvd[0] - out.psvd) / (kC * 1e-9), k.dt, 1e-4)
+            << k.tod << " " << k.tb;
+    }
+}
+
+TEST(CrdSatGlo, StepCount) {
+    EXPECT_EQ(crdsat_t::gloSteps(0.0), 1);
+    EXPECT_EQ(crdsat_t::gloSteps(59.9), 1);
+    EXPECT_EQ(crdsat_t::gloSteps(-59.9), 1);
+    EXPECT_EQ(crdsat_t::gloSteps(60.0), 2);
+    EXPECT_EQ(crdsat_t::gloSteps(120.0), 3);
+    EXPECT_EQ(crdsat_t::gloSteps(-120.0), 3);
+    EXPECT_EQ(crdsat_t::gloSteps(900.0), 16);
+    EXPECT_EQ(crdsat_t::gloSteps(43200.0), 721);
+    EXPECT_EQ(crdsat_t::gloSteps(std::nan("")), 1);
+}
+
+TEST(CrdSatGlo, FramesAtBothEndsOfTheIntegration) {
+    // A pseudorange of exactly one second (after the clock) received one
+    // second after tb puts the emission at tb: nothing is integrated, and
+    // the ephemeris state only turns with the Earth for one second. The
+    // velocity, Earth-fixed at both ends, turns the same way.
+    crdsat_t c;
+    GloSat s;
+    s.opr[0].gammaN = 0.0;
+    s.opr[0].tauN = 0.0;
+    s.obs.psvd[0] = kC;
+    tblCrdSat_t out;
+    ASSERT_EQ(run(c, s, 11701, &out), 1);
+    const tblOprGlo_t& o = s.opr[0];
+    const double th = -kOmegaE;
+    EXPECT_NEAR(out.xyz[0], o.x * std::cos(th) - o.y * std::sin(th), 1e-6);
+    EXPECT_NEAR(out.xyz[1], o.x * std::sin(th) + o.y * std::cos(th), 1e-6);
+    EXPECT_EQ(+out.xyz[2], +o.z);
+    EXPECT_NEAR(out.vxyz[0], o.vx * std::cos(th) - o.vy * std::sin(th), 1e-9);
+    EXPECT_NEAR(out.vxyz[1], o.vx * std::sin(th) + o.vy * std::cos(th), 1e-9);
+    EXPECT_EQ(+out.vxyz[2], +o.vz);
+    EXPECT_EQ(+out.acc[1], +o.ay);
+    EXPECT_EQ(+out.acc[2], +o.az);
+    EXPECT_EQ(out.bad, 0);
+
+    // Received at tb with the same pseudorange: emission one second before
+    // tb, expressed in the frame of tb. There the satellite was one second
+    // of its inertial velocity (Earth-fixed velocity plus the frame's
+    // rotation, 1.2 km/s here) behind.
+    tblCrdSat_t back;
+    ASSERT_EQ(run(c, s, 11700, &back), 1);
+    EXPECT_NEAR(back.xyz[0], o.x - (o.vx - kOmegaE * o.y), 0.5);
+    EXPECT_NEAR(back.xyz[1], o.y - (o.vy + kOmegaE * o.x), 0.5);
+    EXPECT_NEAR(back.xyz[2], o.z - o.vz, 0.5);
+}
+
+TEST(CrdSatGlo, IntegrationFollowsTheOrbit) {
+    // Fifteen minutes forward and back again must return to the
+    // ephemeris state (the scheme is fourth order: below a millimetre),
+    // and a quarter of an hour changes the position by thousands of
+    // kilometres. The luni-solar acceleration is held constant in the
+    // inertial frame of each start, and those frames differ by the
+    // Earth's turn in between, so it is left out here.
+    crdsat_t c;
+    GloSat s;
+    s.opr[0].ax = s.opr[0].ay = s.opr[0].az = 0.0;
+    s.opr[0].gammaN = 0.0;
+    s.opr[0].tauN = 0.0;
+    s.obs.psvd[0] = 0.0;
+    tblCrdSat_t fwd;
+    ASSERT_EQ(run(c, s, 11700 + 900, &fwd), 1);
+    Vec3 a(fwd.xyz), b(&s.opr[0].x);
+    EXPECT_GT(c.calcRange(a.v, b.v), 2.5e6);
+    EXPECT_EQ(fwd.bad, 0);
+    // Use the propagated state, brought back to the Earth-fixed frame of
+    // its own epoch, as a new ephemeris and go back to the old tb.
+    GloSat r;
+    r.opr[0] = s.opr[0];
+    r.opr[0].tb = 11700 + 900;
+    r.opr[0].x = fwd.xyz[0]; r.opr[0].y = fwd.xyz[1]; r.opr[0].z = fwd.xyz[2];
+    r.opr[0].vx = fwd.vxyz[0]; r.opr[0].vy = fwd.vxyz[1]; r.opr[0].vz = fwd.vxyz[2];
+    r.obs.psvd[0] = 0.0;
+    tblCrdSat_t home;
+    ASSERT_EQ(run(c, r, 11700, &home), 1);
+    const tblOprGlo_t& o = s.opr[0];
+    EXPECT_NEAR(home.xyz[0], o.x, 1e-3);
+    EXPECT_NEAR(home.xyz[1], o.y, 1e-3);
+    EXPECT_NEAR(home.xyz[2], o.z, 1e-3);
+    EXPECT_NEAR(home.vxyz[0], o.vx, 1e-6);
+    EXPECT_NEAR(home.vxyz[1], o.vy, 1e-6);
+    EXPECT_NEAR(home.vxyz[2], o.vz, 1e-6);
+}
+
+TEST(CrdSatGlo, VelocityIsTheMotionOfThePositionInTheRotatingFrame) {
+    // The same pseudorange one second earlier and later: the position,
+    // each in the frame of its own reception, moves by the velocity the
+    // row reports. Checked ten minutes either side of tb.
+    crdsat_t c;
+    GloSat s;
+    s.opr[0].gammaN = 0.0;
+    for (unsigned int tod : {11700u - 600u, 11700u + 600u}) {
+        tblCrdSat_t a, b, m;
+        ASSERT_EQ(run(c, s, tod - 1, &a), 1);
+        ASSERT_EQ(run(c, s, tod + 1, &b), 1);
+        ASSERT_EQ(run(c, s, tod, &m), 1);
+        for (int k = 0; k < 3; k++)
+            EXPECT_NEAR((b.xyz[k] - a.xyz[k]) / 2.0, m.vxyz[k], 1e-3) << tod << " " << k;
+        EXPECT_GT(norm(+m.vxyz), 3000.0);
+    }
+}
+
+TEST(CrdSatGlo, ForceModelOfAnOblateEarth) {
+    // The J2 term strengthens gravity over the equator and weakens it over
+    // the poles: g = GM/r^2 (1 + 3/2 J2 (ae/r)^2) and (1 - 3 J2 (ae/r)^2).
+    crdsat_t c;
+    const double GM = 3.986004418e14, J2 = 1.08262575e-3, ae = 6378136.0;
+    const double r = 2.55e7;
+    double ls[3] = {0, 0, 0}, acc[3];
+    double eq[3] = {0, r, 0};
+    c.calc_F(eq, ls, acc);
+    EXPECT_NEAR(acc[1], -GM / (r * r) * (1 + 1.5 * J2 * ae * ae / (r * r)), 1e-12);
+    EXPECT_EQ(acc[0], 0.0);
+    EXPECT_EQ(acc[2], 0.0);
+    double pole[3] = {0, 0, -r};
+    c.calc_F(pole, ls, acc);
+    EXPECT_NEAR(acc[2], GM / (r * r) * (1 - 3 * J2 * ae * ae / (r * r)), 1e-12);
+    // The luni-solar acceleration adds as it is.
+    double lsa[3] = {1e-6, -2e-6, 3e-6}, acc2[3];
+    c.calc_F(pole, lsa, acc2);
+    EXPECT_NEAR(acc2[0] - 0.0, 1e-6, 1e-18);
+    EXPECT_NEAR(acc2[2] - acc[2], 3e-6, 1e-15);
+}
+
+TEST(CrdSatGlo, ImplausibleRowsAreFlaggedAndStillCounted) {
+    crdsat_t c;
+    tblCrdSat_t out;
+    GloSat low;  // a satellite at 14000 km radius
+    double f = 1.4e7 / norm(&low.opr[0].x);
+    low.opr[0].x *= f; low.opr[0].y *= f; low.opr[0].z *= f;
+    EXPECT_EQ(run(c, low, 11700, &out), 1);
+    EXPECT_EQ(out.bad, 1);
+    GloSat slow;
+    slow.opr[0].vx = slow.opr[0].vy = slow.opr[0].vz = 100.0;
+    slow.opr[0].gammaN = 0;
+    slow.obs.psvd[0] = 0;  // nothing to integrate
+    slow.opr[0].tauN = 0;
+    EXPECT_EQ(run(c, slow, 11700, &out), 1);
+    EXPECT_EQ(out.bad, 1);
+    GloSat ok;
+    EXPECT_EQ(run(c, ok, 11700, &out), 1);
+    EXPECT_EQ(out.bad, 0);
+}
+
+TEST(CrdSatGlo, TroposphereOnlyWithPointAndReadings) {
+    crdsat_t c;
+    GloSat s;
+    tblMeteo meteo{1, 10.0, 80.0, 990.0};
+    tblCrdSat_t bare, wet;
+    ASSERT_EQ(run(c, s, 11760, &bare, 0, 1, &meteo), 1);  // no point yet
+    double pnt[3];
+    tlse(pnt);
+    c.setPnt(pnt, 0, 0);
+    ASSERT_EQ(run(c, s, 11760, &wet, 0, 1, &meteo), 1);
+    double d = bare.psvd - wet.psvd;
+    EXPECT_GE(d, 0.0);
+    EXPECT_LT(d, 30.0);
+    meteo.actual = 0;
+    ASSERT_EQ(run(c, s, 11760, &wet, 0, 1, &meteo), 1);
+    EXPECT_EQ(+wet.psvd, +bare.psvd);
+}
+
+}  // namespace
