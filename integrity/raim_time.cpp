@@ -224,8 +224,8 @@ void raim_t::shiftDtGps(lsttblSat_t* lst, double dtShift) {
  * history, so a faulty second does not move the reference; it is kept in
  * prange2 for the record. An accepted offset (or any offset while the
  * history is too short to judge by) clears the flag and joins the history.
- * After a real step of the offset the history empties within 26 seconds
- * and the new level is then accepted and becomes the reference.
+ * After a real step of the offset the old history has run out 25 seconds
+ * later; the new level is then accepted and becomes the reference.
  *
  * A second call for a second already in the history judges again without
  * storing. Returns the offset judged (s); 0.0, with the flag cleared, when

@@ -240,6 +240,23 @@ TEST(RaimStats, HistoryRules) {
         EXPECT_EQ(raim.getBlk(24 + 4)->prange[5], kRange - 20.0);
     }
     {
+        /* Slot 24 keeps its tag when a second passes without it; slot 23
+         * does not. Both were recorded 30 seconds earlier at the same
+         * ring index. */
+        Rows e;
+        e.lst.tm = kT0 + 1;
+        e.add(0, 23, 1.0);
+        e.add(0, 24, 1.0);
+        raim.calcStats(&e.lst, &e.fix);
+        Rows f;
+        f.lst.tm = kT0 + 31;
+        f.add(1, 24, 1.0);
+        raim.calcStats(&f.lst, &f.fix);
+        EXPECT_EQ(raim.getBlk(22)->tag[1], 0u);
+        EXPECT_EQ(raim.getBlk(23)->tag[1], kT0 + 1);
+        EXPECT_EQ(raim.getBlk(24 + 23)->tag[1], kT0 + 31);
+    }
+    {
         /* PRN 0 is PRN 32. */
         Rows e;
         e.lst.tm = kT0 + 7;
