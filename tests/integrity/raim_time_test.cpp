@@ -245,18 +245,23 @@ TEST(RaimTime, ShiftRemovesAKnownClockShift) {
     g0.faze[0] = 1.0e8;
     tblObs_t& p0 = l.add(1, 7, 2.3e7);
 
+    /* The records are packed: their doubles are read into values. */
     raim.shiftDtGlo(&l.lst, 1e-3);
-    EXPECT_DOUBLE_EQ(g0.psvd[0], 2.1e7 - kMs);
-    EXPECT_DOUBLE_EQ(g0.psvd[1], 2.2e7 - kMs);
-    EXPECT_EQ(g0.psvd[2], 5.0);
-    EXPECT_EQ(g0.dop[0], -1234.5);
-    EXPECT_EQ(g0.faze[0], 1.0e8);
-    EXPECT_EQ(p0.psvd[0], 2.3e7);
+    double g[5] = {g0.psvd[0], g0.psvd[1], g0.psvd[2], g0.dop[0], g0.faze[0]};
+    double p = p0.psvd[0];
+    EXPECT_DOUBLE_EQ(g[0], 2.1e7 - kMs);
+    EXPECT_DOUBLE_EQ(g[1], 2.2e7 - kMs);
+    EXPECT_EQ(g[2], 5.0);
+    EXPECT_EQ(g[3], -1234.5);
+    EXPECT_EQ(g[4], 1.0e8);
+    EXPECT_EQ(p, 2.3e7);
     EXPECT_DOUBLE_EQ(raim.getTmBlk(2)->jump, kMs);
 
     raim.shiftDtGps(&l.lst, -2e-6);
-    EXPECT_DOUBLE_EQ(p0.psvd[0], 2.3e7 + 2e-6 * kC);
-    EXPECT_DOUBLE_EQ(g0.psvd[0], 2.1e7 - kMs);
+    p = p0.psvd[0];
+    g[0] = g0.psvd[0];
+    EXPECT_DOUBLE_EQ(p, 2.3e7 + 2e-6 * kC);
+    EXPECT_DOUBLE_EQ(g[0], 2.1e7 - kMs);
     EXPECT_DOUBLE_EQ(raim.getTmBlk(24 + 6)->jump, -2e-6 * kC);
 
     /* A jump found by the check is removed by shifting the clock by it:
