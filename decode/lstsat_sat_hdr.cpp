@@ -100,7 +100,8 @@ void sat_t::tblHdr_upx0c(unsigned char* blk, unsigned int tm, tblHdr_t* hdr) {
         const unsigned char* d = vt.getData();
         const unsigned int num = vt.getNum();
         if (num == 2) {
-            /* Two health bits at 44, the bad-data bit at 46. */
+            /* The two-bit field at 44 goes in as a value, as the CT health
+             * word does; the bit at 46 is the string's bad-data mark. */
             hdr->badNavInfVt |= (unsigned char)fieldVT(d, 44, 2);
             if (fieldVT(d, 46, 1) > 0) hdr->badNavInfVt |= kMarkBadData;
         } else if (num == 6) {

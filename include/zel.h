@@ -10,8 +10,8 @@
 #ifndef ZELNAV_ZEL_H
 #define ZELNAV_ZEL_H
 
-#include "tbl_flt.h"
 #include "tbl_crd.h"
+#include "tbl_flt.h"
 #include "tbl_nav.h"
 #include "tbl_pnt.h"
 #include "tbl_sat.h"
@@ -42,6 +42,22 @@ ZEL_API unsigned int getTmZel(void* lst);
 /* date: year, month, day. */
 ZEL_API void DateAlmGloToDate(unsigned int n4, int na, unsigned int* date);
 
+/* Satellite positions and corrected pseudoranges. lst is a lsttblSat_t*
+ * as returned by cnvx0c_upx0c; dUtc the GPS-UTC seconds. The results are
+ * the handle's lsttblCrdSat_t lists: crdsat_get (both systems, GLONASS on
+ * C1/C2 then GPS on C1) and crdsat_getGps fill list 0, crdsat_getGlo fills
+ * list sig1. */
+ZEL_API void* crdsat_init(void);
+ZEL_API void crdsat_finit(int* h);
+ZEL_API void* crdsat_get(int* h, void* lst, unsigned int tm, int dUtc);
+ZEL_API void* crdsat_getGlo(int* h, void* lst, unsigned int tm, int sig1, int sig2);
+ZEL_API void* crdsat_getGps(int* h, void* lst, unsigned int tm, int dUtc);
+/* Receiver reference point: form 0 Cartesian (m), 1 geodetic (degrees,
+ * degrees, m); datum 0 WGS-84, 1 PZ-90. */
+ZEL_API void crdsat_setPnt(int* h, double* pnt, unsigned int form, unsigned int datum);
+/* Empties the five lists; rows and reference point stay. */
+ZEL_API void crdsat_clear(int* h);
+
 /* Filtering: observation smoothing, static averaging, position filter. */
 ZEL_API void* filter_init(void);
 ZEL_API void filter_finit(int* h);
@@ -63,22 +79,6 @@ ZEL_API void* KalmanFilterObs(int* h, lsttblSat_t* lst);
 /* Filters the position solution of epoch t; returns the tblCrdPnt_t* of
  * the handle. */
 ZEL_API void* KalmanFilterCrdPnt0(int* h, unsigned int t, tblCrdPnt_t* rec);
-
-/* Satellite positions and corrected pseudoranges. lst is a lsttblSat_t*
- * as returned by cnvx0c_upx0c; dUtc the GPS-UTC seconds. The results are
- * the handle's lsttblCrdSat_t lists: crdsat_get (both systems, GLONASS on
- * C1/C2 then GPS on C1) and crdsat_getGps fill list 0, crdsat_getGlo fills
- * list sig1. */
-ZEL_API void* crdsat_init(void);
-ZEL_API void crdsat_finit(int* h);
-ZEL_API void* crdsat_get(int* h, void* lst, unsigned int tm, int dUtc);
-ZEL_API void* crdsat_getGlo(int* h, void* lst, unsigned int tm, int sig1, int sig2);
-ZEL_API void* crdsat_getGps(int* h, void* lst, unsigned int tm, int dUtc);
-/* Receiver reference point: form 0 Cartesian (m), 1 geodetic (degrees,
- * degrees, m); datum 0 WGS-84, 1 PZ-90. */
-ZEL_API void crdsat_setPnt(int* h, double* pnt, unsigned int form, unsigned int datum);
-/* Empties the five lists; rows and reference point stay. */
-ZEL_API void crdsat_clear(int* h);
 
 /* Position solution. mode: 0 GLONASS, 1 GPS, 10 both (set before the
  * first get). lst is a lsttblCrdSat_t* as returned by crdsat_get. get and
@@ -111,6 +111,7 @@ ZEL_API void raim_finit(int* h);
 ZEL_API int raimComb(int* h, lsttblCrdSat_t* lst, tblCrdPnt_t* pnt, double maxSpd, int mode);
 ZEL_API double raimTau(int* h, lsttblCrdSat_t* lst, tblCrdPnt_t* pnt);
 ZEL_API double raimStats(int* h, lsttblCrdSat_t* lst, tblCrdPnt_t* pnt);
+
 
 #ifdef __cplusplus
 }

@@ -99,7 +99,8 @@ int crdsat_t::calcCrdGlo(unsigned int tm, tblHdr_t* hdr, tblObs_t* obs,
         out->bad = 1;
         return 0;
     }
-    /* Pairs that make no sense for a combination are refused outright. */
+    /* Two signals of one band (C1 with B1, C2 with B2), or a pair given
+     * the wrong way round, are refused without touching the row. */
     if (sig1 > sig2 || (sig1 == 0 && sig2 == 2) || (sig1 == 1 && sig2 == 3))
         return 0;
 
@@ -156,7 +157,11 @@ int crdsat_t::calcCrdGlo(unsigned int tm, tblHdr_t* hdr, tblObs_t* obs,
     const uint32_t t = tm % (uint32_t)kDay;
     const double dt = (double)dayRule((int64_t)t - (int64_t)opr->tb);
 
-    /* Satellite clock at reception time. */
+    /* Satellite clock at reception time. The frequency term enters with
+     * the same sign as tau_n, opposite to the interface document's clock
+     * model; this is the receiver's long-standing arithmetic and is kept
+     * (the difference, 2 c gamma_n dt, is typically below a metre within
+     * the quarter hour around tb). */
     P -= kC * (dt * opr->gammaN + opr->tauN);
     out->psvd = P;
 

@@ -53,6 +53,15 @@ inline void gpsSubframe(x0c::SatBlock& s, uint8_t id, uint8_t svid = 0) {
     s.gpsSf[23] = svid;               /* word 3: data ID and SV/page ID */
 }
 
+/* The public records are packed to 4 bytes, so a double or a pointer in
+ * them can sit off its natural alignment. gtest's assertions bind their
+ * arguments to references; reading such a field into a value first keeps
+ * that well defined. */
+template <class T>
+inline T val(T x) {
+    return x;
+}
+
 /* A converter and the last message fed to it. */
 struct Feed {
     lstsat_t conv;

@@ -87,11 +87,11 @@ TEST(IntakeGate, WrongTypeLeavesThePreviousListUntouched) {
     EXPECT_EQ(feed(other, {moved}), l);
     EXPECT_EQ(l->numGlo, before.numGlo);
     EXPECT_EQ(l->numGps, before.numGps);
-    EXPECT_EQ(l->tblGlo[0].tblObs, before.tblGlo[0].tblObs);
-    EXPECT_EQ(l->tblGps[0].tblHdr, before.tblGps[0].tblHdr);
+    EXPECT_EQ(val(l->tblGlo[0].tblObs), val(before.tblGlo[0].tblObs));
+    EXPECT_EQ(val(l->tblGps[0].tblHdr), val(before.tblGps[0].tblHdr));
     EXPECT_EQ(l->tblGlo[0].tblObs->psvd[0], psvd);
     EXPECT_EQ(l->tblGlo[0].tblObs->tmZel, kT0 + 3);
-    EXPECT_EQ(l->meteo->temperature, temp);
+    EXPECT_EQ(val(l->meteo->temperature), temp);
     EXPECT_EQ(feed.conv.getTblGpsUtc()->actual, 1);
     EXPECT_EQ(feed.conv.getTblGpsUtc()->dtGpsUtc, 18u);
 
@@ -129,14 +129,14 @@ TEST(IntakeGate, EmptyMessagesKeepTheSlots) {
         EXPECT_EQ(l->numGlo, 0u);
         EXPECT_EQ(l->numGps, 0u);
         EXPECT_EQ(feed.conv.getTblGpsUtc()->actual, 0);
-        EXPECT_DOUBLE_EQ(l->meteo->temperature, variant == 0 ? 15.0 : -12.3);
+        EXPECT_DOUBLE_EQ(val(l->meteo->temperature), variant == 0 ? 15.0 : -12.3);
         EXPECT_EQ(obsA->actual[0], 1);
 
         l = feed(header(kT0 + 5), {c, a, b});
         ASSERT_EQ(l->numGlo, 2u);
-        EXPECT_NE(l->tblGlo[0].tblObs, obsA);
-        EXPECT_EQ(l->tblGlo[1].tblObs, obsA);
-        EXPECT_EQ(l->tblGps[0].tblObs, obsB);
+        EXPECT_NE(val(l->tblGlo[0].tblObs), obsA);
+        EXPECT_EQ(val(l->tblGlo[1].tblObs), obsA);
+        EXPECT_EQ(val(l->tblGps[0].tblObs), obsB);
     }
 }
 
@@ -165,13 +165,13 @@ TEST(IntakeGate, MeteoLimits) {
         h.humidity = c.h;
         const tblMeteo* m = feed(h, {sat(false, 1, 1)})->meteo;
         EXPECT_EQ(m->actual, c.actual);
-        EXPECT_DOUBLE_EQ(m->temperature, c.t / 10.0);
-        EXPECT_DOUBLE_EQ(m->humidity, c.h / 10.0);
-        EXPECT_DOUBLE_EQ(m->pressure, c.pressure);
+        EXPECT_DOUBLE_EQ(val(m->temperature), c.t / 10.0);
+        EXPECT_DOUBLE_EQ(val(m->humidity), c.h / 10.0);
+        EXPECT_DOUBLE_EQ(val(m->pressure), c.pressure);
     }
     x0c::Header h = header(kT0 + 3);
     h.pressure = 1099;
-    EXPECT_NEAR(feed(h, {})->meteo->pressure, 1446.0526315789, 1e-9);
+    EXPECT_NEAR(val(feed(h, {})->meteo->pressure), 1446.0526315789, 1e-9);
 }
 
 TEST(IntakeSlots, MissingSatelliteFreesItsSlotAndClearsItsTables) {
@@ -210,7 +210,7 @@ TEST(IntakeSlots, MissingSatelliteFreesItsSlotAndClearsItsTables) {
     /* The freed slot is the first empty one: the next new satellite takes it. */
     l = feed(header(kT0 + 5), {b, sat(false, 9, 9)});
     ASSERT_EQ(l->numGlo, 2u);
-    EXPECT_EQ(l->tblGlo[1].tblObs, setA.tblObs);
+    EXPECT_EQ(val(l->tblGlo[1].tblObs), val(setA.tblObs));
     EXPECT_EQ(setA.tblHdr->num, 9);
 }
 
@@ -253,7 +253,7 @@ TEST(IntakeSlots, KeyIgnoresTheSystemBitButNotTheChannelOrLetterByte) {
     lsttblSat_t* l = feed(header(kT0 + 3), {g, p});
     ASSERT_EQ(l->numGlo, 2u);
     EXPECT_EQ(l->numGps, 0u);
-    EXPECT_EQ(l->tblGlo[0].tblHdr, l->tblGlo[1].tblHdr);
+    EXPECT_EQ(val(l->tblGlo[0].tblHdr), val(l->tblGlo[1].tblHdr));
 
     p.chan = 8;
     l = feed(header(kT0 + 4), {g, p});
@@ -265,7 +265,7 @@ TEST(IntakeSlots, KeyIgnoresTheSystemBitButNotTheChannelOrLetterByte) {
     h.litByte = (uint8_t)(g.litByte | 0x80);
     l = feed(header(kT0 + 5), {g, h});
     ASSERT_EQ(l->numGlo, 2u);
-    EXPECT_NE(l->tblGlo[0].tblHdr, l->tblGlo[1].tblHdr);
+    EXPECT_NE(val(l->tblGlo[0].tblHdr), val(l->tblGlo[1].tblHdr));
     EXPECT_EQ(l->tblGlo[1].tblHdr->lit, g.litByte);
 
     /* Without sub-block 10 the channel part of the key is 0. */
@@ -273,7 +273,7 @@ TEST(IntakeSlots, KeyIgnoresTheSystemBitButNotTheChannelOrLetterByte) {
     noChan.hasSb10 = false;
     chan0.chan = 0;
     l = feed(header(kT0 + 6), {noChan, chan0});
-    EXPECT_EQ(l->tblGlo[0].tblHdr, l->tblGlo[1].tblHdr);
+    EXPECT_EQ(val(l->tblGlo[0].tblHdr), val(l->tblGlo[1].tblHdr));
 }
 
 TEST(IntakeSlots, ClearReturnsEverySlotToItsFreshState) {
@@ -397,13 +397,13 @@ TEST(IntakeAddInf, PerSignalValuesAtTheirSystemsOffsets) {
         lsttblSat_t* l = feed(header(kT0 + 3), {s});
         const tblHdr_t* hdr = gps ? l->tblGps[0].tblHdr : l->tblGlo[0].tblHdr;
         const tblAddInf_t* a = gps ? l->tblGps[0].tblAddInf : l->tblGlo[0].tblAddInf;
-        EXPECT_DOUBLE_EQ(hdr->um, 456 * 0.1);
-        EXPECT_EQ(hdr->aux, 1234.0);
+        EXPECT_DOUBLE_EQ(val(hdr->um), 456 * 0.1);
+        EXPECT_EQ(val(hdr->aux), 1234.0);
         EXPECT_EQ(a->actual, 1);
-        EXPECT_DOUBLE_EQ(a->angle[0], 180.0);
-        EXPECT_DOUBLE_EQ(a->angle[1], 90.0);
-        EXPECT_DOUBLE_EQ(a->angle[2], 360.0);
-        EXPECT_DOUBLE_EQ(a->angle[3], 360.0 / 2048);
+        EXPECT_DOUBLE_EQ(val(a->angle[0]), 180.0);
+        EXPECT_DOUBLE_EQ(val(a->angle[1]), 90.0);
+        EXPECT_DOUBLE_EQ(val(a->angle[2]), 360.0);
+        EXPECT_DOUBLE_EQ(val(a->angle[3]), 360.0 / 2048);
         /* A GPS place 0 shares its aux8 byte with the parity indicator. */
         EXPECT_EQ(a->aux8[0], gps ? 0x34 : 0x11);
         EXPECT_EQ(a->aux8[1], 0x22);

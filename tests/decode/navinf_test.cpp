@@ -158,7 +158,7 @@ TEST(IntakeNavInf, FreedSlotLosesItsCollectedNavigationData) {
     EXPECT_EQ(set.tblTmPrmGps->actual, 0);
     lsttblSat_t* l = feed(header(kT0 + 7), {sat(false, 1, 1), sf});
     ASSERT_EQ(l->numGps, 1u);
-    EXPECT_EQ(l->tblGps[0].tblTmPrmGps, set.tblTmPrmGps);
+    EXPECT_EQ(val(l->tblGps[0].tblTmPrmGps), val(set.tblTmPrmGps));
     EXPECT_EQ(set.tblTmPrmGps->actual, 0);
     EXPECT_EQ(set.tblIonGps->actual, 0);
 
@@ -166,6 +166,50 @@ TEST(IntakeNavInf, FreedSlotLosesItsCollectedNavigationData) {
     feed(header(kT0 + 8), {sat(false, 1, 1), page18()});
     ASSERT_EQ(set.tblIonGps->actual, 1);
     feed.conv.clear();
-    ASSERT_EQ(feed(header(kT0 + 9), {sf})->tblGps[0].tblIonGps, set.tblIonGps);
+    ASSERT_EQ(val(feed(header(kT0 + 9), {sf})->tblGps[0].tblIonGps), val(set.tblIonGps));
     EXPECT_EQ(set.tblIonGps->actual, 0);
+}
+
+/* The CT collector never completes a time-parameter set; the VT one does,
+ * so of the pair it is the second table that becomes valid. VT strings 8
+ * and 10 of cycles 0 and 1 and strings 8, 9, 10 of cycle 2 make the set;
+ * string 1 carries the cycle in bits 30-32. */
+TEST(IntakeNavInf, GlonassTimeParametersComeFromTheVtSource) {
+    Feed feed;
+    unsigned int t = kT0 + 3;
+    tblSatGlo set = {};
+    const unsigned strings[][2] = {{1, 0}, {8, 0}, {10, 0}, {1, 1}, {8, 0},
+                                   {1, 2}, {8, 0}, {9, 0},  {10, 0}};
+    const size_t n = sizeof strings / sizeof strings[0];
+    for (size_t i = 0; i < n; i++) {
+        SatBlock b = sat(false, 1, 1);
+        b.hasVt = true;
+        x0c::putBits(b.vt, 47, 4, strings[i][0]);
+        if (strings[i][0] == 1) x0c::putBits(b.vt, 30, 3, strings[i][1]);
+        set = feed(header(t++), {b})->tblGlo[0];
+        if (i + 1 < n) {
+            EXPECT_EQ(set.tblTmPrmGlo[1]->actual, 0) << i;
+        }
+    }
+    EXPECT_EQ(set.tblTmPrmGlo[1]->actual, 1);
+    EXPECT_EQ(set.tblTmPrmGlo[0]->actual, 0);
+}
+
+/* A complete VT ephemeris with a value out of range leaves `actual` at 1
+ * in the decoder; the slot voids the table on the decoder's verdict. */
+TEST(IntakeNavInf, RejectedVtEphemerisIsVoidedByTheSlot) {
+    for (double xKm : {27000.0, 27000.5}) {
+        SCOPED_TRACE(xKm);
+        Feed feed;
+        unsigned int t = kT0 + 3;
+        tblSatGlo set = {};
+        for (unsigned n : {1, 2, 3, 4, 5, 6, 7, 10}) {
+            SatBlock b = sat(false, 1, 1);
+            b.hasVt = true;
+            x0c::putBits(b.vt, 47, 4, n);
+            if (n == 2) x0c::putBits(b.vt, 8, 29, x0c::rawSignMag(xKm, 1.0 / 8192, 29));
+            set = feed(header(t++), {b})->tblGlo[0];
+        }
+        EXPECT_EQ(set.tblOprGlo[1]->actual, xKm > 27000.0 ? 0 : 1);
+    }
 }
