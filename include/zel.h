@@ -58,6 +58,19 @@ ZEL_API void crdsat_setPnt(int* h, double* pnt, unsigned int form, unsigned int 
 /* Empties the five lists; rows and reference point stay. */
 ZEL_API void crdsat_clear(int* h);
 
+/* Position solution. mode: 0 GLONASS, 1 GPS, 10 both (set before the
+ * first get). lst is a lsttblCrdSat_t* as returned by crdsat_get. get and
+ * getTau return the handle's tblCrdPnt_t*, getSpd its tblSpdPnt_t*.
+ * getTau: GLONASS fix with the receiver clock offset tau (s) given, in mode
+ * 0 only. clear keeps the time offset and the velocity. */
+ZEL_API void* crdpnt_init(void);
+ZEL_API void crdpnt_finit(int* h);
+ZEL_API void crdpnt_set(int* h, int mode);
+ZEL_API void* crdpnt_get(int* h, void* lst);
+ZEL_API void* crdpnt_getSpd(int* h);
+ZEL_API void* crdpnt_getTau(int* h, void* lst, double tau);
+ZEL_API void crdpnt_clear(int* h);
+
 /* Filtering: observation smoothing, static averaging, position filter. */
 ZEL_API void* filter_init(void);
 ZEL_API void filter_finit(int* h);
@@ -79,19 +92,6 @@ ZEL_API void* KalmanFilterObs(int* h, lsttblSat_t* lst);
 /* Filters the position solution of epoch t; returns the tblCrdPnt_t* of
  * the handle. */
 ZEL_API void* KalmanFilterCrdPnt0(int* h, unsigned int t, tblCrdPnt_t* rec);
-
-/* Position solution. mode: 0 GLONASS, 1 GPS, 10 both (set before the
- * first get). lst is a lsttblCrdSat_t* as returned by crdsat_get. get and
- * getTau return the handle's tblCrdPnt_t*, getSpd its tblSpdPnt_t*.
- * getTau: GLONASS fix with the receiver clock offset tau (s) given, in mode
- * 0 only. clear keeps the time offset and the velocity. */
-ZEL_API void* crdpnt_init(void);
-ZEL_API void crdpnt_finit(int* h);
-ZEL_API void crdpnt_set(int* h, int mode);
-ZEL_API void* crdpnt_get(int* h, void* lst);
-ZEL_API void* crdpnt_getSpd(int* h);
-ZEL_API void* crdpnt_getTau(int* h, void* lst, double tau);
-ZEL_API void crdpnt_clear(int* h);
 
 /* Integrity monitor. raimComb solves `lst` (a lsttblCrdSat_t of one
  * epoch) with every usable row and, when that fix fails its limits, with

@@ -42,16 +42,6 @@ int main(void) {
         printf("tmZelToDate(1) gave %d %u\n", ok, date[0]);
         return 1;
     }
-    /* A refused parameter comes back negative through the C declaration. */
-    int* f = (int*)filter_init();
-    double pos[3] = {0.0, 0.0, 0.0};
-    double k[5] = {0.5, 0.5, 0.5, 0.5, 2.0};
-    signed char rc = initStatic(f, pos, 100u, k, 10u, 5u, 10);
-    filter_finit(f);
-    if (rc != -5) {
-        printf("initStatic gave %d\n", rc);
-        return 1;
-    }
 
     /* A converter from C: an empty message (noData) gives an empty list. */
     void* h = cnvx0c_init();
@@ -85,6 +75,17 @@ int main(void) {
     crdpnt_finit((int*)p);
     if (bad) {
         printf("position solver from C misbehaved\n");
+        return 1;
+    }
+
+    /* A refused parameter comes back negative through the C declaration. */
+    int* f = (int*)filter_init();
+    double pos[3] = {0.0, 0.0, 0.0};
+    double k[5] = {0.5, 0.5, 0.5, 0.5, 2.0};
+    signed char rc = initStatic(f, pos, 100u, k, 10u, 5u, 10);
+    filter_finit(f);
+    if (rc != -5) {
+        printf("initStatic gave %d\n", rc);
         return 1;
     }
     return 0;

@@ -1,0 +1,109 @@
+/*
+ * The log loop of `zelnav solve`.
+ *
+ * Every record of the log is checked before the library sees it: the log
+ * reader has already compared the record with the message's length field
+ * and the bytes left in the file, and the message check walks the blocks
+ * inside that length. A message that fails is reported on one line and
+ * left out; the run goes on. Interpolated seconds (the converter's fill
+ * between recorded epochs) still pass through the pipeline, so that the
+ * navigation strings keep their cadence, but --recorded-only keeps them
+ * out of the report.
+ */
+#include "solve_run.h"
+
+#include "solve_pipeline.h"
+#include "solve_report.h"
+#include "x0ccheck.h"
+#include "zlog.h"
+
+namespace solve {
+
+int modeOf(const std::string& name) {
+    if (name == "glo") return 0;
+    if (name == "gps") return 1;
+    if (name == "both") return 10;
+    return -1;
+}
+
+const char* modeName(int mode) {
+    return mode == 0 ? "glo" : mode == 1 ? "gps" : mode == 10 ? "both" : "?";
+}
+
+namespace {
+
+/* Prints the reader's reports not printed yet; returns how many. */
+long flushLogProblems(const zlog::Reader& rd, std::size_t* printed, std::FILE* err) {
+    long n = 0;
+    for (; *printed < rd.errors().size(); ++*printed, ++n)
+        std::fprintf(err, "%s\n", rd.errors()[*printed].c_str());
+    return n;
+}
+
+}  // namespace
+
+int run(const std::string& path, const Options& opt, std::FILE* out, std::FILE* err,
+        Totals* totals) {
+    Totals t;
+    zlog::Reader rd;
+    if (!rd.open(path)) {
+        const std::string why = rd.errors().empty() ? path + ": cannot read" : rd.errors().back();
+        std::fprintf(err, "zelnav solve: %s\n", why.c_str());
+        return 1;
+    }
+
+    Pipeline pl(opt.mode);
+    if (rd.header().hasPosition) pl.seed(rd.header().position);
+    Accuracy acc(opt.ref);
+
+    std::fprintf(out, "%s\n", kCsvHeader);
+    std::size_t printed = 0;
+    zlog::Record rec;
+    while (rd.next(rec)) {
+        t.logProblems += flushLogProblems(rd, &printed, err);
+        t.messages++;
+        const x0ccheck::Result r = x0ccheck::check(rec.message.data(), rec.message.size());
+        if (!r.ok()) {
+            std::fprintf(err, "%s@%llu: message skipped: %s\n", path.c_str(),
+                         (unsigned long long)rec.offset, x0ccheck::describe(r).c_str());
+            t.refused++;
+            continue;
+        }
+        if (!pl.run(rec.message.data())) continue;
+        if (opt.recordedOnly && rec.interpolated()) continue;
+
+        t.epochs++;
+        const tblCrdPnt_t* fix = pl.fix();
+        csvLine(out, pl.tm(), fix, pl.speed(), pl.datum());
+        if (fix == nullptr || fix->actual != 1) continue;
+        t.fixes++;
+        if (opt.hasRef) {
+            double w[3];
+            fixToWgs84(fix, pl.datum(), w);
+            acc.add(w);
+        }
+    }
+    t.logProblems += flushLogProblems(rd, &printed, err);
+
+    if (opt.hasRef) {
+        t.accuracyFixes = acc.count();
+        t.rms3d = acc.rms3d();
+        t.h95 = acc.horizontal95();
+        t.v95 = acc.vertical95();
+        t.max3d = acc.max3d();
+        std::fprintf(err,
+                     "zelnav solve: %s, mode %s: %ld epochs, %ld fixes; skipped %ld messages "
+                     "(%ld refused by the check, %ld log problems)\n",
+                     path.c_str(), modeName(opt.mode), t.epochs, t.fixes,
+                     t.refused + t.logProblems, t.refused, t.logProblems);
+        std::fprintf(err,
+                     "zelnav solve: against %.4f,%.4f,%.4f: 3D RMS %.2f m, 95%% horizontal "
+                     "%.2f m, 95%% vertical %.2f m, largest 3D %.2f m (%ld fixes)\n",
+                     opt.ref[0], opt.ref[1], opt.ref[2], t.rms3d, t.h95, t.v95, t.max3d,
+                     t.accuracyFixes);
+    }
+    if (totals) *totals = t;
+    return 0;
+}
+
+}  // namespace solve

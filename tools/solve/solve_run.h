@@ -1,0 +1,42 @@
+/*
+ * `zelnav solve` without its command line: runs a log through the
+ * pipeline, checking each message first, and writes the CSV and the
+ * summary.
+ */
+#ifndef ZELNAV_SOLVE_RUN_H
+#define ZELNAV_SOLVE_RUN_H
+
+#include <cstdio>
+#include <string>
+
+namespace solve {
+
+struct Options {
+    int mode = 10;              /* 0 GLONASS, 1 GPS, 10 both */
+    bool hasRef = false;
+    double ref[3] = {0.0, 0.0, 0.0};   /* known WGS-84 position, m */
+    bool recordedOnly = false;  /* report recorded epochs only */
+};
+
+struct Totals {
+    long messages = 0;      /* records read from the log */
+    long refused = 0;       /* messages the check refused */
+    long logProblems = 0;   /* damaged or cut-off records the log reader skipped */
+    long epochs = 0;        /* epochs reported */
+    long fixes = 0;         /* of which with a fix */
+    long accuracyFixes = 0; /* fixes compared with the reference */
+    double rms3d = 0.0, h95 = 0.0, v95 = 0.0, max3d = 0.0;
+};
+
+/* Runs the log at `path`. CSV to `out`, problems and the summary to
+ * `err`. Returns 0, or 1 when the log cannot be read at all. */
+int run(const std::string& path, const Options& opt, std::FILE* out, std::FILE* err,
+        Totals* totals = nullptr);
+
+/* "glo", "gps", "both" to 0, 1, 10; -1 for anything else. */
+int modeOf(const std::string& name);
+const char* modeName(int mode);
+
+}  // namespace solve
+
+#endif
