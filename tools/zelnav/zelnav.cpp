@@ -10,6 +10,7 @@
 #include <cstring>
 
 int cmdConvert(int argc, char** argv);
+int cmdSolve(int argc, char** argv);
 
 namespace {
 
@@ -21,6 +22,7 @@ struct Command {
 
 const Command kCommands[] = {
     {"convert", cmdConvert, "RINEX observation and navigation files to a log of 0x0C messages"},
+    {"solve", cmdSolve, "position, clock and velocity of every epoch of a log"},
 };
 
 int usage(std::FILE* to) {
