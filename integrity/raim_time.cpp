@@ -271,7 +271,6 @@ double raim_t::raimTau(lsttblCrdSat_t* lst, tblCrdPnt_t* pnt) {
     if (reject) {
         flag |= RAIM_FLAG_TAU;
         B.prange2[k] = tau;
-        if (B.tag[k] != t) B.tag[k] = 0;
     } else {
         flag &= (uint8_t)~RAIM_FLAG_TAU;
         if (B.tag[k] != t) {
