@@ -93,6 +93,26 @@ ZEL_API void* KalmanFilterObs(int* h, lsttblSat_t* lst);
  * the handle. */
 ZEL_API void* KalmanFilterCrdPnt0(int* h, unsigned int t, tblCrdPnt_t* rec);
 
+/* Integrity monitor. raimComb solves `lst` (a lsttblCrdSat_t of one
+ * epoch) with every usable row and, when that fix fails its limits, with
+ * every set that leaves one row out. pnt: in, the previous fix (its DOP is
+ * the reference); out, the accepted fix, or actual 0. maxSpd: largest
+ * acceptable speed of a fix, m/s; mode: 0 GLONASS, 1 GPS, 10 both. Returns
+ * 0 (accepted), -32 (no acceptable exclusion) or -128 (fewer than 6 usable
+ * rows); the excluded rows are left with bad = 1.
+ * raimStats keeps 30 seconds of residuals per satellite against the fix
+ * `pnt` and sets bad = 1 on rows whose mean exceeds 50 m or whose scatter
+ * exceeds 18 m; it returns 0.0.
+ * raimTau judges the GPS-GLONASS offset of a combined fix against its
+ * last 30 seconds and returns the offset judged (0.0 when pnt is not a
+ * combined fix). */
+ZEL_API void* raim_init(void);
+ZEL_API void raim_finit(int* h);
+ZEL_API int raimComb(int* h, lsttblCrdSat_t* lst, tblCrdPnt_t* pnt, double maxSpd, int mode);
+ZEL_API double raimTau(int* h, lsttblCrdSat_t* lst, tblCrdPnt_t* pnt);
+ZEL_API double raimStats(int* h, lsttblCrdSat_t* lst, tblCrdPnt_t* pnt);
+
+
 #ifdef __cplusplus
 }
 #endif

@@ -101,6 +101,7 @@ bool Pipeline::run(uint8_t* msg) {
         return true;
     }
     satellites();
+    if (hook_) hook_(crd_, hookCtx_);
     solution();
     follow(fix_);
     return true;

@@ -30,6 +30,15 @@ public:
     Pipeline(const Pipeline&) = delete;
     Pipeline& operator=(const Pipeline&) = delete;
 
+    /* A function run on the satellite rows of every epoch between the
+     * satellite computation and the fix (fault injection); none by
+     * default. */
+    typedef void (*RowHook)(lsttblCrdSat_t* rows, void* ctx);
+    void setRowHook(RowHook hook, void* ctx) {
+        hook_ = hook;
+        hookCtx_ = ctx;
+    }
+
     /* Seeds the reference point with an approximate WGS-84 position. */
     void seed(const double xyzWgs84[3]);
     bool pointSet() const { return pointSet_; }
@@ -70,6 +79,8 @@ private:
     lsttblCrdSat_t* crd_ = nullptr;
     const tblCrdPnt_t* fix_ = nullptr;
     const tblSpdPnt_t* spd_ = nullptr;
+    RowHook hook_ = nullptr;
+    void* hookCtx_ = nullptr;
 };
 
 /* A fix worth using as the next reference point: finite and within

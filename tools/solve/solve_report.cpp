@@ -12,6 +12,7 @@ namespace solve {
 
 const char* const kCsvHeader =
     "utc,fix,sys,x,y,z,lat,lon,h,dt,tau,nglo,ngps,dop,vx,vy,vz";
+const char* const kCsvRaimColumns = ",raim,excluded,stats_excluded";
 
 namespace {
 
@@ -38,12 +39,14 @@ void fixToWgs84(const tblCrdPnt_t* fix, unsigned int datum, double out[3]) {
 }
 
 void csvLine(std::FILE* out, unsigned int tm, const tblCrdPnt_t* fix,
-             const tblSpdPnt_t* spd, unsigned int datum) {
+             const tblSpdPnt_t* spd, unsigned int datum, const char* extra) {
+    const char* tail = extra ? "," : "";
+    if (!extra) extra = "";
     unsigned int d[6] = {0, 0, 0, 0, 0, 0};
     if (tm >= kUtcOffset) tmZelToDate(tm - kUtcOffset, d);
     std::fprintf(out, "%04u-%02u-%02uT%02u:%02u:%02u", d[0], d[1], d[2], d[3], d[4], d[5]);
     if (fix == nullptr || fix->actual != 1) {
-        std::fputs(",0,,,,,,,,,,,,,,,\n", out);
+        std::fprintf(out, ",0,,,,,,,,,,,,,,,%s%s\n", tail, extra);
         return;
     }
     double xyz[3], blh[3] = {0, 0, 0};
@@ -55,9 +58,10 @@ void csvLine(std::FILE* out, unsigned int tm, const tblCrdPnt_t* fix,
                  xyz[0], xyz[1], xyz[2], blh[0], lon, blh[2], fix->dt, fix->tau, fix->numGlo,
                  fix->numGps, fix->dop10 / 10.0);
     if (spd != nullptr && spd->actual == 1)
-        std::fprintf(out, ",%.4f,%.4f,%.4f\n", spd->vxyz[0], spd->vxyz[1], spd->vxyz[2]);
+        std::fprintf(out, ",%.4f,%.4f,%.4f", spd->vxyz[0], spd->vxyz[1], spd->vxyz[2]);
     else
-        std::fputs(",,,\n", out);
+        std::fputs(",,,", out);
+    std::fprintf(out, "%s%s\n", tail, extra);
 }
 
 Accuracy::Accuracy(const double ref[3]) {

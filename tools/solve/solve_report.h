@@ -17,16 +17,19 @@
 
 namespace solve {
 
-/* Column names of the CSV. */
+/* Column names of the CSV; with --raim the RAIM columns follow (raimComb
+ * code, satellites excluded by raimComb, by raimStats). */
 extern const char* const kCsvHeader;
+extern const char* const kCsvRaimColumns;
 
 /* The fix in WGS-84, given its datum (1 PZ-90, 0 WGS-84). */
 void fixToWgs84(const tblCrdPnt_t* fix, unsigned int datum, double out[3]);
 
 /* One CSV line for the epoch `tm` (receiver time); fix and speed may be
- * null (no fix yet). Fields of a missing fix or velocity are empty. */
+ * null (no fix yet). Fields of a missing fix or velocity are empty.
+ * `extra`, when given, is appended as further columns. */
 void csvLine(std::FILE* out, unsigned int tm, const tblCrdPnt_t* fix,
-             const tblSpdPnt_t* spd, unsigned int datum);
+             const tblSpdPnt_t* spd, unsigned int datum, const char* extra = nullptr);
 
 /* Errors of WGS-84 fixes against a reference position. */
 class Accuracy {

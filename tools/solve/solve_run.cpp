@@ -55,8 +55,9 @@ int run(const std::string& path, const Options& opt, std::FILE* out, std::FILE* 
     Pipeline pl(opt.mode);
     if (rd.header().hasPosition) pl.seed(rd.header().position);
     Accuracy acc(opt.ref);
+    RaimCheck check(pl, opt.raim, opt.maxSpeed, opt.inject);
 
-    std::fprintf(out, "%s\n", kCsvHeader);
+    std::fprintf(out, "%s%s\n", kCsvHeader, opt.raim ? kCsvRaimColumns : "");
     std::size_t printed = 0;
     zlog::Record rec;
     while (rd.next(rec)) {
@@ -70,11 +71,15 @@ int run(const std::string& path, const Options& opt, std::FILE* out, std::FILE* 
             continue;
         }
         if (!pl.run(rec.message.data())) continue;
+        const tblCrdPnt_t* fix = check.finish();
         if (opt.recordedOnly && rec.interpolated()) continue;
 
         t.epochs++;
-        const tblCrdPnt_t* fix = pl.fix();
-        csvLine(out, pl.tm(), fix, pl.speed(), pl.datum());
+        std::string raimColumns;
+        if (opt.raim)
+            raimColumns = (check.checked() ? std::to_string(check.outcome()) : std::string()) +
+                          "," + check.excludedComb() + "," + check.excludedStats();
+        csvLine(out, pl.tm(), fix, pl.speed(), pl.datum(), opt.raim ? raimColumns.c_str() : nullptr);
         if (fix == nullptr || fix->actual != 1) continue;
         t.fixes++;
         if (opt.hasRef) {
@@ -85,6 +90,19 @@ int run(const std::string& path, const Options& opt, std::FILE* out, std::FILE* 
     }
     t.logProblems += flushLogProblems(rd, &printed, err);
 
+    t.raimAccepted = check.accepted;
+    t.raimNoExclusion = check.noExclusion;
+    t.raimTooFew = check.tooFew;
+    t.combExclusions = check.combExclusions;
+    t.statsExclusions = check.statsExclusions;
+    if (opt.raim) {
+        std::fprintf(err,
+                     "zelnav solve: RAIM (max speed %.1f m/s): %ld epochs accepted (0), %ld "
+                     "without an acceptable exclusion (-32), %ld with too few satellites (-128)\n",
+                     opt.maxSpeed, t.raimAccepted, t.raimNoExclusion, t.raimTooFew);
+        std::fprintf(err, "zelnav solve: RAIM excluded by raimComb: %s; by raimStats: %s\n",
+                     check.tally(false).c_str(), check.tally(true).c_str());
+    }
     if (opt.hasRef) {
         t.accuracyFixes = acc.count();
         t.rms3d = acc.rms3d();

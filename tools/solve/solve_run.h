@@ -8,6 +8,9 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
+
+#include "solve_raim.h"
 
 namespace solve {
 
@@ -16,6 +19,11 @@ struct Options {
     bool hasRef = false;
     double ref[3] = {0.0, 0.0, 0.0};   /* known WGS-84 position, m */
     bool recordedOnly = false;  /* report recorded epochs only */
+    /* Integrity monitoring (solve_raim.h): the fix reported is the one
+     * the monitor accepts; maxSpeed is the largest speed of a fix, m/s. */
+    bool raim = false;
+    double maxSpeed = 100.0;
+    std::vector<Injection> inject;   /* faults added to the pseudoranges */
 };
 
 struct Totals {
@@ -26,6 +34,10 @@ struct Totals {
     long fixes = 0;         /* of which with a fix */
     long accuracyFixes = 0; /* fixes compared with the reference */
     double rms3d = 0.0, h95 = 0.0, v95 = 0.0, max3d = 0.0;
+    /* With --raim: epochs per raimComb code (0, -32, -128) and the
+     * satellite-epochs excluded by raimComb and by raimStats. */
+    long raimAccepted = 0, raimNoExclusion = 0, raimTooFew = 0;
+    long combExclusions = 0, statsExclusions = 0;
 };
 
 /* Runs the log at `path`. CSV to `out`, problems and the summary to

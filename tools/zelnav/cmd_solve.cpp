@@ -3,6 +3,7 @@
  * epoch of a log, through the library's C interface.
  *
  *   zelnav solve LOG [--mode glo|gps|both] [--ref X,Y,Z] [--recorded-only]
+ *                    [--raim [--max-speed V]] [--inject SYS:NUM:FROM:BIAS[:RATE]]...
  *
  * One CSV line per epoch on the standard output. Messages that fail the
  * structural check, and damaged records of the log, are reported on the
@@ -20,17 +21,31 @@ namespace {
 
 const char* const kUsage =
     "usage: zelnav solve LOG [--mode glo|gps|both] [--ref X,Y,Z] [--recorded-only]\n"
+    "                    [--raim [--max-speed V]] [--inject SYS:NUM:FROM:BIAS[:RATE]]...\n"
     "  LOG            a log of 0x0C messages (tools/zlog/README.md)\n"
     "  --mode M       systems of the fix: glo, gps or both (default both)\n"
     "  --ref X,Y,Z    known position (WGS-84 ECEF, metres): print the accuracy\n"
     "                 of the fixes against it on the standard error\n"
     "  --recorded-only  report only the recorded epochs, not the seconds the\n"
     "                 converter interpolated between them\n"
+    "  --raim         integrity monitoring: every epoch raimComb and raimStats judge\n"
+    "                 the satellites; the fix reported is made without the ones\n"
+    "                 they exclude, and only when raimComb accepts the epoch\n"
+    "  --max-speed V  largest speed of an acceptable fix for --raim, m/s (default\n"
+    "                 100, a ground receiver)\n"
+    "  --inject F     add a pseudorange fault, for trying the monitor: F is\n"
+    "                 SYS:NUM:FROM:BIAS[:RATE], SYS G or R, NUM the PRN or slot\n"
+    "                 (G:24 may be written G24),\n"
+    "                 FROM the first epoch (0 = the first of the log), BIAS metres,\n"
+    "                 RATE metres added per epoch after that; may be repeated\n"
     "Output: CSV, one line per epoch: utc (time of the epoch), fix (1 = solved),\n"
     "sys (0 GLONASS, 1 GPS, 10 both), x,y,z (WGS-84 ECEF, m; PZ-90 fixes are\n"
     "shifted), lat,lon (degrees), h (m), dt (receiver clock offset, s), tau\n"
     "(GPS minus GLONASS time, s), nglo,ngps (satellites used), dop,\n"
-    "vx,vy,vz (m/s).\n";
+    "vx,vy,vz (m/s); with --raim also raim (raimComb code: 0 accepted, -32 no\n"
+    "acceptable exclusion, -128 too few satellites), excluded (satellites\n"
+    "excluded by raimComb), stats_excluded (by raimStats), and a RAIM summary\n"
+    "on the standard error.\n";
 
 int usage(const std::string& why) {
     if (!why.empty()) std::fprintf(stderr, "zelnav solve: %s\n", why.c_str());
@@ -63,6 +78,18 @@ int cmdSolve(int argc, char** argv) {
             opt.hasRef = true;
         } else if (a == "--recorded-only") {
             opt.recordedOnly = true;
+        } else if (a == "--raim") {
+            opt.raim = true;
+        } else if (a == "--max-speed") {
+            char tail = 0;
+            if (i + 1 >= argc || std::sscanf(argv[++i], "%lf%c", &opt.maxSpeed, &tail) != 1 ||
+                !(opt.maxSpeed > 0.0))
+                return usage("--max-speed needs a speed in m/s, for instance 100");
+        } else if (a == "--inject") {
+            solve::Injection f;
+            if (i + 1 >= argc || !solve::parseInjection(argv[++i], &f))
+                return usage("--inject needs SYS:NUM:FROM:BIAS[:RATE], for instance G:24:100:100");
+            opt.inject.push_back(f);
         } else if (a.size() > 1 && a[0] == '-') {
             return usage("unknown option " + a);
         } else if (log.empty()) {
