@@ -119,9 +119,10 @@ const Eph* nearest(const std::vector<Eph>& all, int num, uint32_t t, int Eph::*i
 inline const rinex::GpsEph* nearestGps(int prn, uint32_t t) {
     return nearest(nav().gps, prn, t, &rinex::GpsEph::prn);
 }
-const std::vector<rinex::GloEph>& gloEphemerides();
+const std::vector<rinex::GloEph>& gloEphemerides(int slot);
 inline const rinex::GloEph* nearestGlo(int slot, uint32_t t) {
-    return nearest(gloEphemerides(), slot, t, &rinex::GloEph::slot);
+    if (slot < 1 || slot > 32) return nullptr;
+    return nearest(gloEphemerides(slot), slot, t, &rinex::GloEph::slot);
 }
 
 /* Earth-fixed position and velocity of a GPS satellite at t from its
@@ -216,24 +217,24 @@ inline void gloEphState(const rinex::GloEph& e, double t, double* xyz, double* v
  * microseconds apart, so the records kept are those whose clock lies
  * within a microsecond of the slot's median.
  */
-inline const std::vector<rinex::GloEph>& gloEphemerides() {
-    static std::vector<rinex::GloEph> good;
+inline const std::vector<rinex::GloEph>& gloEphemerides(int slot) {
+    static std::vector<rinex::GloEph> good[33];
     static bool built = false;
-    if (built) return good;
+    if (built) return good[slot];
     const std::vector<rinex::GloEph>& all = nav().glo;
-    for (int slot = 1; slot <= 32; slot++) {
+    for (int n = 1; n <= 32; n++) {
         std::vector<double> clocks;
         for (const rinex::GloEph& e : all)
-            if (e.slot == slot && e.health == 0) clocks.push_back(e.minusTauN);
+            if (e.slot == n && e.health == 0) clocks.push_back(e.minusTauN);
         if (clocks.empty()) continue;
         std::sort(clocks.begin(), clocks.end());
         const double median = clocks[clocks.size() / 2];
         for (const rinex::GloEph& e : all)
-            if (e.slot == slot && e.health == 0 && std::fabs(e.minusTauN - median) < 1e-6)
-                good.push_back(e);
+            if (e.slot == n && e.health == 0 && std::fabs(e.minusTauN - median) < 1e-6)
+                good[n].push_back(e);
     }
     built = true;
-    return good;
+    return good[slot];
 }
 
 /* Position of a satellite at t from its nearest ephemeris; false when
@@ -334,13 +335,14 @@ struct Node {
     Osc osc;
 };
 
-/* Ascending nodes of a slot over the span of the file. Each step of a
- * minute is judged on one ephemeris, the one nearest its start, so that
- * the seam between two ephemerides never looks like a crossing. */
+/* Ascending nodes of a slot over the span of the file. Each step of ten
+ * minutes (far less than the half revolution between two crossings) is
+ * judged on one ephemeris, the one nearest its start, so that the seam
+ * between two ephemerides never looks like a crossing. */
 inline std::vector<Node> nodes(int slot) {
     std::vector<Node> out;
     const uint32_t t0 = kDay0 + 10800, t1 = kDay0 + 86400 + 10800 - 900;
-    const uint32_t step = 60;
+    const uint32_t step = 600;
     for (uint32_t t = t0; t + step <= t1; t += step) {
         const rinex::GloEph* e = nearestGlo(slot, t);
         if (!e) return out;
