@@ -56,6 +56,8 @@ public:
     static void tblIonGps_clear(tblIonGps_t* t);
 
 private:
+    void freeTables();
+    void resetTables();
     void tblHdr_upx0c(unsigned char* blk, unsigned int tm, tblHdr_t* hdr);
     void tblObs_upx0c(const unsigned char* blk, unsigned int tm, tblObs_t* obs);
     void tblAddInf_upx0c(const unsigned char* blk, tblHdr_t* hdr,

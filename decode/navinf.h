@@ -37,6 +37,8 @@ public:
     void clear();
 
 private:
+    void freeDecoders();
+
     OprGloCt_t* oprGloCt;
     OprGloVt_t* oprGloVt;
     TmPrmGloCt_t* tmPrmGloCt;

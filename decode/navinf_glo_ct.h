@@ -10,6 +10,19 @@
 /* Frame counter value meaning "not known yet". */
 #define GLO_FRAME_UNKNOWN 0xFFFFFFFFu
 
+struct GloCtField;
+
+/* Field `f` (navinf_glo_ct_fields.h) of the 10 kept bytes of a CT string,
+ * in broadcast units. */
+double gloCtValue(const unsigned char* data, const GloCtField& f);
+/* Frame time of string 1: seconds of day at which its frame began. */
+unsigned int gloCtTk(const unsigned char* str1);
+/* One almanac entry from its pair of strings (first, second), with the
+ * range tests in their order: the first failure sets onErrData and leaves
+ * the later values unwritten. */
+void gloCtAlmEntry(const unsigned char* first, const unsigned char* second,
+                   tblAlmGloSat_t* e);
+
 /* Ephemeris: strings 1 to 4. */
 class OprGloCt_t {
 public:
@@ -24,6 +37,9 @@ public:
 
 private:
     NavInfStr_t str[4];
+
+    /* Store a string of number 1 to 4; string 1 restarts the set. */
+    void put(const NavInfStr_t& s);
 };
 
 /* Time parameters: string 5 and frame-5 string 14. */

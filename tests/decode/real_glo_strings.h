@@ -14,28 +14,37 @@ struct RealGloString {
     std::array<unsigned char, 11> bytes;
     unsigned int number; /* as the file lists it */
     unsigned int slot;
+    int week;            /* GPS week and second of the report */
+    double tow;
+    int letter;          /* frequency letter k, -7..+6 */
+    std::string signal;  /* "L1OF" or "L2OF" */
 };
 
-inline std::vector<RealGloString> loadRealGloStrings() {
+/* The strings of one file of data/rawnav, in file order. */
+inline std::vector<RealGloString> loadRealGloStringsFile(const char* f) {
     std::vector<RealGloString> out;
-    const char* files[] = {"glo_strings_sbf_log0000.txt",
-                           "glo_strings_ubx_testobsnav.txt"};
-    for (const char* f : files) {
-        std::ifstream in(std::string(ZELNAV_DATA_DIR) + "/rawnav/" + f);
-        std::string line;
-        while (std::getline(in, line)) {
-            if (line.empty() || line[0] == '#') continue;
-            std::istringstream ls(line);
-            std::string week, tow, letter, hex;
-            RealGloString s{};
-            ls >> week >> tow >> s.slot >> letter >> s.number >> hex;
-            if (hex.size() != 22) continue;
-            for (int i = 0; i < 11; i++)
-                s.bytes[i] = (unsigned char)std::strtoul(
-                    hex.substr(2 * i, 2).c_str(), nullptr, 16);
-            out.push_back(s);
-        }
+    std::ifstream in(std::string(ZELNAV_DATA_DIR) + "/rawnav/" + f);
+    std::string line;
+    while (std::getline(in, line)) {
+        if (line.empty() || line[0] == '#') continue;
+        std::istringstream ls(line);
+        std::string hex, ok;
+        RealGloString s{};
+        ls >> s.week >> s.tow >> s.slot >> s.letter >> s.number >> hex >> ok >>
+            s.signal;
+        if (hex.size() != 22) continue;
+        for (int i = 0; i < 11; i++)
+            s.bytes[i] = (unsigned char)std::strtoul(
+                hex.substr(2 * i, 2).c_str(), nullptr, 16);
+        out.push_back(s);
     }
+    return out;
+}
+
+inline std::vector<RealGloString> loadRealGloStrings() {
+    std::vector<RealGloString> out = loadRealGloStringsFile("glo_strings_sbf_log0000.txt");
+    std::vector<RealGloString> u = loadRealGloStringsFile("glo_strings_ubx_testobsnav.txt");
+    out.insert(out.end(), u.begin(), u.end());
     return out;
 }
 

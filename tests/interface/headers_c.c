@@ -45,6 +45,24 @@ int main(void) {
         printf("tmZelToDate(1) gave %d %u\n", ok, date[0]);
         return 1;
     }
+
+    /* A converter from C: an empty message (noData) gives an empty list. */
+    void* h = cnvx0c_init();
+    unsigned char msg[25] = {0};
+    msg[0] = 0x80 | 12;
+    msg[1] = 25;
+    msg[3] = 25;
+    const lsttblSat_t* lst = (const lsttblSat_t*)cnvx0c_upx0c((int*)h, msg);
+    const tblGpsUtc_t* utc = (const tblGpsUtc_t*)cnvx0c_getTblGpsUtc((int*)h);
+    int bad = lst == NULL || lst->numGlo != 0 || lst->numGps != 0 || lst->meteo == NULL ||
+              utc == NULL || utc->actual != 0 || getTmZel((void*)lst) != 0;
+    cnvx0c_clear((int*)h);
+    cnvx0c_finit((int*)h);
+    if (bad) {
+        printf("converter from C misbehaved\n");
+        return 1;
+    }
+
     /* A refused parameter comes back negative through the C declaration. */
     int* f = (int*)filter_init();
     double pos[3] = {0.0, 0.0, 0.0};
