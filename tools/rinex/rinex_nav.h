@@ -53,6 +53,12 @@ struct NavHeader {
 
     bool hasLeapSeconds = false;
     int leapSeconds = 0;        /* GPS - UTC */
+    /* RINEX 3 LEAP SECONDS, columns 7-24: the future or past leap
+     * seconds, the week (continuous) and the day they take effect. */
+    bool hasLeapFuture = false;
+    int leapFuture = 0;
+    long leapWeek = 0;
+    long leapDay = 0;
 };
 
 /* GPS broadcast ephemeris. Times in GPS time; angles in radians (and

@@ -141,6 +141,15 @@ bool readNavHeader(LineSource& src, NavHeader& h, Diagnostics& diag) {
             if (parseInt(line, 0, 6, v) == FieldStatus::Ok) {
                 h.hasLeapSeconds = true;
                 h.leapSeconds = static_cast<int>(v);
+                long f = 0, w = 0, d = 0;
+                if (parseInt(line, 6, 6, f) == FieldStatus::Ok &&
+                    parseInt(line, 12, 6, w) == FieldStatus::Ok &&
+                    parseInt(line, 18, 6, d) == FieldStatus::Ok) {
+                    h.hasLeapFuture = true;
+                    h.leapFuture = static_cast<int>(f);
+                    h.leapWeek = w;
+                    h.leapDay = d;
+                }
             } else {
                 report(ln, "LEAP SECONDS is not a number: " + quoteField(line, 0, 6));
             }
