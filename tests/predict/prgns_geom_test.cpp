@@ -133,23 +133,6 @@ TEST(PrgnsGeom, OwnCartesianToGeodetic) {
     EXPECT_NEAR(mine[2], 207.0, 1e-3);
 }
 
-TEST(PrgnsGeom, SharedTransformsAreTheSatelliteComputationsOwn) {
-    prgns_t p;
-    crdsat_t c;
-    double blh[3] = {43.56, 1.48, 207.0}, a[3], b[3];
-    for (unsigned datum = 0; datum < 2; datum++) {
-        p.blh_xyz(blh, datum, a);
-        c.blh_xyz(blh, datum, b);
-        EXPECT_EQ(std::memcmp(a, b, sizeof a), 0);
-    }
-    double vec[3] = {1.0, 2.0, 3.0};
-    double blh1[3] = {43.56, 1.48, 207.0}, blh2[3] = {43.56, 1.48, 207.0};
-    p.gcsk_tcsk(blh1, vec, a);
-    c.gcsk_tcsk(blh2, vec, b);
-    EXPECT_EQ(std::memcmp(a, b, sizeof a), 0);
-    EXPECT_EQ(std::memcmp(blh1, blh2, sizeof blh1), 0);
-}
-
 TEST(PrgnsGeomDeathTest, UnknownDatumStops) {
     prgns_t p;
     double in[3] = {1.0, 2.0, 3.0}, out[3];

