@@ -12,6 +12,7 @@
 #include "convert_fixture.h"
 #include "rinex_nav.h"
 #include "rinex_obs.h"
+#include "zlog.h"
 
 namespace {
 
@@ -91,7 +92,7 @@ TEST_F(RoundTrip1s, EverySecondIsAMessageAndNoSatelliteIsLost) {
     ASSERT_EQ(l->meteo->actual, 1);
     EXPECT_NEAR(l->meteo->temperature, 13.6, 0.15);
     EXPECT_NEAR(l->meteo->pressure, 989.0, 1.0);
-    EXPECT_EQ(l->meteo->humidity, 50.0);
+    EXPECT_EQ(double(l->meteo->humidity), 50.0);
 }
 
 TEST_F(RoundTrip1s, HeaderFlagsStayClearInEveryBlock) {
@@ -196,7 +197,7 @@ TEST_F(RoundTrip1s, DecodedGlonassEphemeridesAreTheFilesFromBothStringKinds) {
                 EXPECT_EQ(t.nt, 1);   /* 2024-01-01: first day of the four-year interval */
                 EXPECT_EQ(t.m, 1);
                 /* The file's accuracy index is 15 (not known): the default. */
-                EXPECT_EQ(t.ft, kind == 0 ? 2.5 : 0.0);
+                EXPECT_EQ(double(t.ft), kind == 0 ? 2.5 : 0.0);
             }
         }
     }
@@ -223,9 +224,9 @@ TEST_F(RoundTrip1s, GlonassTimeParametersAndAlmanacArrive) {
                  * there, and the receiver adds the low bits to it, so it
                  * arrives positive. */
                 EXPECT_STEP(t.tauC, 3.2596290112e-9, lsb(-31));
-                EXPECT_EQ(t.tauGps, 0.0);
-                EXPECT_EQ(t.b1, 0.0);
-                EXPECT_EQ(t.b2, 0.0);
+                EXPECT_EQ(double(t.tauGps), 0.0);   /* copies: the records are packed */
+                EXPECT_EQ(double(t.b1), 0.0);
+                EXPECT_EQ(double(t.b2), 0.0);
                 EXPECT_EQ(t.kp, 0);
             }
             const tblAlmGlo_t& a = *g.tblAlmGlo[0];
@@ -320,6 +321,43 @@ TEST_F(RoundTrip1s, ObservationsComeBackAtFullResolution) {
         EXPECT_EQ(l->numGps + l->numGlo, ep.sats.size());
     }
     EXPECT_GT(compared, 10000);
+}
+
+}  // namespace
+
+namespace {
+
+/* The project's sample log, made by `zelnav convert` from the 1-s
+ * recording: it reads back whole, says where it comes from, and every
+ * message decodes cleanly, one a second. */
+TEST(SampleLog, ReadsBackAndDecodes) {
+    zlog::Reader r;
+    ASSERT_TRUE(r.open(dataPath("tlse-2024-001/tlse_1200_5min.zlog")));
+    const zlog::FileHeader& h = r.header();
+    EXPECT_TRUE(h.hasPosition);
+    EXPECT_NEAR(h.position[0], 4627852.5264, 1e-4);
+    EXPECT_NEAR(h.position[1], 119640.5140, 1e-4);
+    EXPECT_NEAR(h.position[2], 4372994.8358, 1e-4);
+    EXPECT_EQ(h.station, "TLSE");
+    ASSERT_EQ(h.sources.size(), 2u);
+    EXPECT_EQ(h.sources[0], "TLSE00FRA_R_20240011200_05M_01S_MO.rnx.gz");
+    EXPECT_EQ(h.sources[1], "BRDC00IGS_R_20240010000_01D_MN.rnx.gz");
+    convtest::Intake in;
+    zlog::Record rec;
+    uint32_t n = 0;
+    while (r.next(rec)) {
+        EXPECT_FALSE(rec.interpolated());
+        lsttblSat_t* l = in.feed(rec.message);
+        ASSERT_EQ(getTmZel(l), 757436382u + n);
+        EXPECT_GE(l->numGps, 11u);
+        EXPECT_EQ(l->numGlo, 8u);
+        for (uint32_t i = 0; i < l->numGlo; i++) EXPECT_EQ(l->tblGlo[i].tblHdr->badNavInfCt, 0);
+        for (uint32_t i = 0; i < l->numGps; i++) EXPECT_EQ(l->tblGps[i].tblHdr->badNavInfCt, 0);
+        n++;
+    }
+    EXPECT_FALSE(r.truncated());
+    EXPECT_TRUE(r.errors().empty());
+    EXPECT_EQ(n, 300u);
 }
 
 }  // namespace

@@ -273,6 +273,14 @@ bool Converter::emit(const ObsSecond& sec) {
     for (const SatSignals& s : sec.sats)
         if (!state(s.sys, s.prn).inLast) order.push_back(&s);
 
+    /* The intake frees the slot of a satellite that a message no longer
+     * carries only after that message: a newcomer gets one of the slots
+     * the previous message left empty, or none. */
+    long busy = 0;
+    for (const SatState& st : gps_) busy += st.inLast;
+    for (const SatState& st : glo_) busy += st.inLast;
+    long newcomers = ZEL_NUM_SLOTS - busy;
+
     std::vector<x0c::SatBlock> blocks;
     std::vector<SatState*> written;
     for (const SatSignals* s : order) {
@@ -292,7 +300,7 @@ bool Converter::emit(const ObsSecond& sec) {
             }
             continue;
         }
-        if (blocks.size() == ZEL_NUM_SLOTS) {
+        if (!st.inLast && newcomers <= 0) {
             if (!st.reportedOther) {
                 note(sec.line, rinex::satName(s->sys, s->prn) + ": more than " +
                                    std::to_string(ZEL_NUM_SLOTS) + " satellites at " +
@@ -301,6 +309,7 @@ bool Converter::emit(const ObsSecond& sec) {
             }
             continue;
         }
+        if (!st.inLast) newcomers--;
         blocks.push_back(b);
         written.push_back(&st);
         if (!st.written) {

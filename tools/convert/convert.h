@@ -29,7 +29,10 @@
  * message (a receiver tracks every satellite on its L1 C/A signal first);
  * one without navigation data is left out until it has some, with one
  * message. At most 24 satellites go into a message, those of the previous
- * message first: the receiver has 24 channels and the intake 24 slots.
+ * message first: the receiver has 24 channels and the intake 24 slots, and
+ * a satellite that leaves frees its slot only after the first message
+ * without it, so a newcomer is admitted only into a slot the previous
+ * message left free.
  *
  * Seconds between recorded epochs up to `maxGap` apart are filled with
  * interpolated observations and marked as such; epochs off the whole

@@ -1,0 +1,45 @@
+# The convert command from the outside: exit statuses 2 (command line),
+# 1 (input that cannot be read) and 0 (log written), and the summary.
+# Run with -DZELNAV=<program> -DDATA=<data folder> -DOUT=<scratch folder>.
+set(obs ${DATA}/tlse-2024-001/TLSE00FRA_R_20240011200_05M_01S_MO.rnx.gz)
+set(nav ${DATA}/tlse-2024-001/BRDC00IGS_R_20240010000_01D_MN.rnx.gz)
+set(log ${OUT}/cli_test.zlog)
+
+function(expect status)
+  execute_process(COMMAND ${ZELNAV} convert ${ARGN}
+                  RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
+  if(NOT rc EQUAL status)
+    message(FATAL_ERROR "convert ${ARGN}: status ${rc}, expected ${status}\n${out}\n${err}")
+  endif()
+  set(out "${out}" PARENT_SCOPE)
+  set(err "${err}" PARENT_SCOPE)
+endfunction()
+
+expect(2)
+expect(2 ${obs} ${nav})
+expect(2 ${obs} -o ${log})
+expect(2 ${obs} ${nav} -o ${log} --meteo 12,1000)
+expect(2 ${obs} ${nav} -o ${log} --no-meteo --meteo 1,2,3)
+expect(2 ${obs} ${nav} -o ${log} --from 25:00)
+expect(2 ${obs} ${nav} -o ${log} --frobnicate)
+expect(1 ${obs} ${OUT}/no_such_nav.rnx -o ${log})
+expect(1 ${nav} ${nav} -o ${log})
+expect(1 ${obs} ${nav} -o ${OUT}/no_such_dir/x.zlog)
+expect(1 ${obs} ${nav} -o ${log} --from 13:00:00)
+if(NOT err MATCHES "no message written")
+  message(FATAL_ERROR "an empty range should say so:\n${err}")
+endif()
+
+expect(0 ${obs} ${nav} -o ${log} --from "2024-01-01 12:00:10" --to 12:00:29)
+foreach(line "recorded epochs  20" "messages         20, one a second, 2024-01-01 14:59:52"
+             "20 recorded, 0 interpolated" "satellites       11 GPS, 8 GLONASS; 0 left out")
+  string(FIND "${out}" "${line}" at)
+  if(at LESS 0)
+    message(FATAL_ERROR "summary lacks '${line}':\n${out}")
+  endif()
+endforeach()
+file(SIZE ${log} size)
+if(size LESS 30000)
+  message(FATAL_ERROR "log of ${size} bytes")
+endif()
+file(REMOVE ${log})

@@ -1,0 +1,42 @@
+/*
+ * zelnav: the command-line tools over the library, one command per
+ * cmd_*.cpp file.
+ *
+ *   zelnav COMMAND [ARGS...]
+ *
+ * Each command takes its own name as argv[0] and returns the exit status.
+ */
+#include <cstdio>
+#include <cstring>
+
+int cmdConvert(int argc, char** argv);
+
+namespace {
+
+struct Command {
+    const char* name;
+    int (*run)(int argc, char** argv);
+    const char* what;
+};
+
+const Command kCommands[] = {
+    {"convert", cmdConvert, "RINEX observation and navigation files to a log of 0x0C messages"},
+};
+
+int usage(std::FILE* to) {
+    std::fputs("usage: zelnav COMMAND [ARGS...]\ncommands:\n", to);
+    for (const Command& c : kCommands) std::fprintf(to, "  %-10s %s\n", c.name, c.what);
+    std::fputs("zelnav COMMAND --help tells more.\n", to);
+    return to == stdout ? 0 : 2;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 2) return usage(stderr);
+    if (!std::strcmp(argv[1], "-h") || !std::strcmp(argv[1], "--help")) return usage(stdout);
+    for (const Command& c : kCommands)
+        if (!std::strcmp(argv[1], c.name)) return c.run(argc - 1, argv + 1);
+    std::fprintf(stderr, "zelnav: no command '%s'\n", argv[1]);
+    return usage(stderr);
+}
