@@ -10,6 +10,7 @@
 #include <cstring>
 
 int cmdConvert(int argc, char** argv);
+int cmdPredict(int argc, char** argv);
 
 namespace {
 
@@ -21,6 +22,7 @@ struct Command {
 
 const Command kCommands[] = {
     {"convert", cmdConvert, "RINEX observation and navigation files to a log of 0x0C messages"},
+    {"predict", cmdPredict, "the satellites a log's almanacs predict at a time and place"},
 };
 
 int usage(std::FILE* to) {
