@@ -14,6 +14,7 @@
 #include "tbl_flt.h"
 #include "tbl_nav.h"
 #include "tbl_pnt.h"
+#include "tbl_prg.h"
 #include "tbl_sat.h"
 
 #if defined(_WIN32)
@@ -70,6 +71,38 @@ ZEL_API void* crdpnt_get(int* h, void* lst);
 ZEL_API void* crdpnt_getSpd(int* h);
 ZEL_API void* crdpnt_getTau(int* h, void* lst, double tau);
 ZEL_API void crdpnt_clear(int* h);
+
+/* Almanac prediction of the visible satellites. The almanacs are taken
+ * from a converter list (lst: lsttblSat_t* from cnvx0c_upx0c): the newest
+ * one of each system, kept from the same satellite while it stays as new.
+ * The results are the handle's own tables: tblAlmGlo_t*, tblAlmGps_t* and
+ * the prediction list lsttblPrgSat*. */
+ZEL_API void* prgns_init(void);
+ZEL_API void prgns_finit(int* h);
+/* The held GLONASS almanac (tblAlmGlo_t*); `actual` 0 when lst offers none. */
+ZEL_API void* prgns_getAlmanGlo(int* h, void* lst);
+/* The held GPS almanac (tblAlmGps_t*); the time parameters that came with
+ * it are copied to tp (tblTmPrmGps_t*) when it is taken. */
+ZEL_API void* prgns_getAlmanGps(int* h, void* lst, void* tp);
+ZEL_API void* prgns_getAlmanGps0(int* h, void* lst);
+/* Prediction at receiver time t from the almanacs glo (tblAlmGlo_t*) and
+ * gps (tblAlmGps_t*), either may be null; get0 takes the GPS-UTC seconds
+ * from tp (no GPS without it), get2 as dtLs. get1 takes both almanacs from
+ * a converter list at the time of its epoch. Each returns the list. */
+ZEL_API void* prgns_get0(int* h, void* glo, void* gps, void* tp, unsigned int t);
+ZEL_API void* prgns_get1(int* h, void* lst);
+ZEL_API void* prgns_get2(int* h, void* glo, void* gps, unsigned int t, int dtLs);
+/* User position and mask: posType 1 = latitude, longitude (degrees),
+ * height (m), else X, Y, Z (m); posSys 0 WGS-84, 1 PZ-90; mask in whole
+ * degrees. Nothing is predicted before this is called. */
+ZEL_API void prgns_set(int* h, double* pos, unsigned int posType, unsigned int posSys,
+                       unsigned int mask);
+/* Empties the list and drops both almanacs; position and mask stay. */
+ZEL_API void prgns_clear(int* h);
+/* Slot / PRN of the satellite the held almanac came from; 255 when the
+ * held almanac is not valid. */
+ZEL_API unsigned char prgns_getnumalmglo(int* h);
+ZEL_API unsigned char prgns_getnumalmgps(int* h);
 
 /* Filtering: observation smoothing, static averaging, position filter. */
 ZEL_API void* filter_init(void);

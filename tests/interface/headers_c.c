@@ -26,6 +26,9 @@ _Static_assert(offsetof(tblKalmanObs_t, faze) == 812, "tblKalmanObs_t.faze");
 _Static_assert(offsetof(tblKalman2_t, error) == 76, "tblKalman2_t.error");
 _Static_assert(offsetof(tblObs_t, psvd) == 16, "doubles aligned to 4");
 _Static_assert(offsetof(tblOprGlo_t, tb) == 84, "tblOprGlo_t.tb");
+_Static_assert(sizeof(tblPrgSat_t) == 88, "tblPrgSat_t");
+_Static_assert(offsetof(lsttblPrgSat, numPrg) == 4 + sizeof(void*), "lsttblPrgSat.numPrg");
+_Static_assert(ZEL_NUM_PRGSAT == 56, "room for both systems");
 /* A result list announces 16 bytes, its size with 32-bit pointers. */
 _Static_assert(sizeof(lsttblCrdSat_t) == ZEL_LEN_LSTCRDSAT - 4 + sizeof(void*),
                "lsttblCrdSat_t");

@@ -12,6 +12,7 @@
 int cmdConvert(int argc, char** argv);
 int cmdDemo(int argc, char** argv);
 int cmdSolve(int argc, char** argv);
+int cmdPredict(int argc, char** argv);
 
 namespace {
 
@@ -25,6 +26,7 @@ const Command kCommands[] = {
     {"convert", cmdConvert, "RINEX observation and navigation files to a log of 0x0C messages"},
     {"demo", cmdDemo, "decode a few generated 0x0C messages and print them"},
     {"solve", cmdSolve, "position, clock and velocity of every epoch of a log"},
+    {"predict", cmdPredict, "the satellites a log's almanacs predict at a time and place"},
 };
 
 int usage(std::FILE* to) {
