@@ -138,9 +138,20 @@ ZEL_API void* KalmanFilterCrdPnt0(int* h, unsigned int t, tblCrdPnt_t* rec);
  * exceeds 18 m; it returns 0.0.
  * raimTau judges the GPS-GLONASS offset of a combined fix against its
  * last 30 seconds and returns the offset judged (0.0 when pnt is not a
- * combined fix). */
+ * combined fix).
+ * raimSat screens the converter list `lst` (lsttblSat_t*) before the fix:
+ * satellites below umMin (degrees) by the prediction `prg` (lsttblPrgSat*;
+ * null: by the elevations the receiver reported) lose their observations
+ * (every actual 0); then the receiver clock jump of second t is checked
+ * and the clock shift dtShift (s) removed from the pseudoranges. mode: 0
+ * GLONASS, 1 GPS, 10 both, anything else does nothing. Against a
+ * prediction, a GLONASS satellite is kept only when it is the first entry
+ * of the list; without one, GPS entry i is judged by the elevation of
+ * GLONASS entry i. */
 ZEL_API void* raim_init(void);
 ZEL_API void raim_finit(int* h);
+ZEL_API void raimSat(int* h, void* lst, void* prg, unsigned int t, double umMin, double dtShift,
+                     unsigned int mode);
 ZEL_API int raimComb(int* h, lsttblCrdSat_t* lst, tblCrdPnt_t* pnt, double maxSpd, int mode);
 ZEL_API double raimTau(int* h, lsttblCrdSat_t* lst, tblCrdPnt_t* pnt);
 ZEL_API double raimStats(int* h, lsttblCrdSat_t* lst, tblCrdPnt_t* pnt);

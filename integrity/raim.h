@@ -19,7 +19,8 @@
  *                time offset of combined fixes against its recent history
  *                (raim_time.cpp);
  *   raimSat      the screening of the tracked satellites against the
- *                almanac prediction (comes with the prediction unit).
+ *                almanac prediction or the reported elevations, before
+ *                the clock checks of the same second (raim_sat.cpp).
  *
  * State lives in fixed arrays inside the object, so nothing is allocated
  * per epoch. The only owned pointer is the private crdpnt_t that raimComb
@@ -36,6 +37,7 @@
 #include "solution/crdpnt.h"
 #include "tbl_crd.h"
 #include "tbl_pnt.h"
+#include "tbl_prg.h"
 #include "tbl_sat.h"
 
 /* Seconds held by every history ring. */
@@ -126,6 +128,15 @@ public:
     void raimTimeGps(lsttblSat_t* lst, unsigned int t);
     void shiftDtGlo(lsttblSat_t* lst, double dtShift);
     void shiftDtGps(lsttblSat_t* lst, double dtShift);
+
+    /* Screening of one second: raimUmGlo / raimUmGps invalidate the
+     * observations of the satellites below umMin (degrees) by the
+     * prediction prg, or by the reported elevations when prg is null.
+     * See raim_sat.cpp. */
+    void raimSat(lsttblSat_t* lst, const lsttblPrgSat* prg, unsigned int t, double umMin,
+                 double dtShift, unsigned int mode);
+    void raimUmGlo(lsttblSat_t* lst, const lsttblPrgSat* prg, double umMin);
+    void raimUmGps(lsttblSat_t* lst, const lsttblPrgSat* prg, double umMin);
 
     /* Read access for hosts and tests. */
     const raimSatBlk_t* getBlk(int i) const { return &blk[i]; }

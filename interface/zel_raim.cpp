@@ -1,8 +1,5 @@
 /*
  * Exported functions of the integrity monitor (handle prefix `raim`).
- *
- * raimSat, the screening against the almanac prediction, is exported with
- * the prediction unit.
  */
 #include "integrity/raim.h"
 #include "interface/zel_assert.h"
@@ -17,6 +14,14 @@ ZEL_API void* raim_init(void) { return new raim_t; }
 ZEL_API void raim_finit(int* h) {
     ZEL_ASSERT(h != nullptr, "false", "zel", "void raim_finit(int*)");
     delete raimOf(h);
+}
+
+ZEL_API void raimSat(int* h, void* lst, void* prg, unsigned int t, double umMin, double dtShift,
+                     unsigned int mode) {
+    ZEL_ASSERT(h != nullptr, "false", "zel",
+               "void raimSat(int*, void*, void*, unsigned int, double, double, unsigned int)");
+    raimOf(h)->raimSat(static_cast<lsttblSat_t*>(lst), static_cast<const lsttblPrgSat*>(prg), t,
+                       umMin, dtShift, mode);
 }
 
 ZEL_API int raimComb(int* h, lsttblCrdSat_t* lst, tblCrdPnt_t* pnt, double maxSpd, int mode) {

@@ -211,6 +211,56 @@ void NavData::finish() {
                             [](const GloRecord& a, const GloRecord& b) { return a.tb == b.tb; }),
                 v.end());
     }
+    dropMisfiledGlo();
+}
+
+/*
+ * Merged files also carry GLONASS records filed under the wrong slot: a
+ * station that confused two satellites of the same frequency letter (the
+ * antipodal partners of one plane) reports one satellite's ephemeris under
+ * the other's slot. Two satellites cannot be at the same place, so a
+ * record whose position at tb is within a metre of another slot's record
+ * of the same tb is one satellite's data twice. The copy is the record
+ * whose clock offset tauN is off its own slot's usual value (the median
+ * of the slot's records) by more than a microsecond, while the other
+ * record's is not: a satellite clock drifts by nanoseconds a day, and the
+ * clocks of two satellites differ by microseconds. The copy is not used,
+ * silently, like the repeats above. When the clocks cannot tell which is
+ * which, both records stay.
+ */
+void NavData::dropMisfiledGlo() {
+    const double kSamePlace = 1.0;    /* m */
+    const double kClockOff = 1e-6;    /* s */
+    std::map<int, double> usual;
+    for (const auto& kv : glo_) {
+        std::vector<double> tau;
+        for (const GloRecord& r : kv.second) tau.push_back(r.tbl.tauN);
+        if (tau.empty()) continue;
+        std::nth_element(tau.begin(), tau.begin() + tau.size() / 2, tau.end());
+        usual[kv.first] = tau[tau.size() / 2];
+    }
+    auto off = [&](const GloRecord& r) {
+        return std::fabs(r.tbl.tauN - usual[r.slot]) > kClockOff;
+    };
+    std::vector<std::pair<int, int64_t>> copies;
+    for (auto a = glo_.begin(); a != glo_.end(); ++a)
+        for (auto b = std::next(a); b != glo_.end(); ++b)
+            for (const GloRecord& ra : a->second)
+                for (const GloRecord& rb : b->second) {
+                    if (ra.tb != rb.tb) continue;
+                    const double d = std::sqrt((ra.tbl.x - rb.tbl.x) * (ra.tbl.x - rb.tbl.x) +
+                                               (ra.tbl.y - rb.tbl.y) * (ra.tbl.y - rb.tbl.y) +
+                                               (ra.tbl.z - rb.tbl.z) * (ra.tbl.z - rb.tbl.z));
+                    if (d > kSamePlace || off(ra) == off(rb)) continue;
+                    const GloRecord& copy = off(ra) ? ra : rb;
+                    copies.push_back(std::make_pair(copy.slot, copy.tb));
+                }
+    for (const auto& c : copies) {
+        std::vector<GloRecord>& v = glo_[c.first];
+        v.erase(std::remove_if(v.begin(), v.end(),
+                               [&](const GloRecord& r) { return r.tb == c.second; }),
+                v.end());
+    }
 }
 
 const GpsRecord* NavData::gpsAt(int prn, int64_t t) const {

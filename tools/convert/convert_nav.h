@@ -105,6 +105,7 @@ public:
 private:
     void addGps(const rinex::GpsEph& e, const std::string& file);
     void addGlo(const rinex::GloEph& e, const std::string& file);
+    void dropMisfiledGlo();
 
     rinex::Diagnostics& diag_;
     NavParams params_;
