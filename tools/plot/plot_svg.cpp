@@ -120,6 +120,11 @@ std::string lineChart(const std::string& title, const std::string& xLabel,
     fr.h = height - kTop - kBottom;
     double xstep, ystep;
     range({&x}, &fr.xlo, &fr.xhi, &xstep);
+    /* Time runs to the last epoch, not to the next round tick. */
+    double xmax = fr.xlo;
+    for (double v : x)
+        if (std::isfinite(v)) xmax = std::max(xmax, v);
+    if (xmax > fr.xlo) fr.xhi = xmax;
     std::vector<const std::vector<double>*> ys;
     for (const Series& s : series) ys.push_back(&s.y);
     range(ys, &fr.ylo, &fr.yhi, &ystep);
