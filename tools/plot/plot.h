@@ -35,8 +35,6 @@ struct Epoch {
 
 struct Track {
     std::vector<Epoch> epochs;
-    bool hasApprox = false;          /* a log's approximate position */
-    double approx[3] = {0, 0, 0};
 };
 
 /* The epochs of a log solved in `mode` (0 GLONASS, 1 GPS, 10 both), as

@@ -59,11 +59,7 @@ bool loadLog(const std::string& path, int mode, Track& out, std::string& error) 
         return false;
     }
     solve::Pipeline pl(mode);
-    if (rd.header().hasPosition) {
-        pl.seed(rd.header().position);
-        out.hasApprox = true;
-        for (int k = 0; k < 3; k++) out.approx[k] = rd.header().position[k];
-    }
+    if (rd.header().hasPosition) pl.seed(rd.header().position);
     zlog::Record rec;
     while (rd.next(rec)) {
         if (!x0ccheck::check(rec.message.data(), rec.message.size()).ok()) continue;

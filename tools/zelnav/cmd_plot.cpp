@@ -18,6 +18,7 @@
 #include "plot.h"
 #include "sky.h"
 #include "solve_run.h"
+#include "zlog.h"
 
 namespace {
 
@@ -63,13 +64,12 @@ std::string skyOf(const std::string& log, const plot::Track& track, const plot::
     if (rep.hasRef) {
         for (int k = 0; k < 3; k++) req.pos[k] = rep.ref[k];
     } else if (!plot::meanFix(track, req.pos)) {
-        plot::Track header;
-        std::string ignored;
-        if (!plot::loadLog(log, 10, header, ignored) || !header.hasApprox) {
+        zlog::Reader rd;
+        if (!rd.open(log) || !rd.header().hasPosition) {
             note = "No sky plot: no position to predict for.";
             return "";
         }
-        for (int k = 0; k < 3; k++) req.pos[k] = header.approx[k];
+        for (int k = 0; k < 3; k++) req.pos[k] = rd.header().position[k];
     }
     sky::Result r;
     std::string error;
