@@ -29,6 +29,7 @@ fi
 for id in plot-scatter plot-enu plot-sats plot-sky; do
     grep -q "<figure id=\"$id\">" "$dir/dom.html" || { echo "no $id in the page"; fail=1; }
 done
+grep -q '>Predicted sky, ' "$dir/dom.html" || { echo "the sky plot is missing"; fail=1; }
 if ! grep -q 'data-plots="4"' "$dir/dom.html"; then
     echo "the browser did not draw four charts: $(grep -o 'data-plots="[0-9]*"' "$dir/dom.html")"
     fail=1
