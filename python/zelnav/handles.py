@@ -60,7 +60,10 @@ class _Handle:
         self.close()
 
     def __del__(self):
-        self.close()
+        try:
+            self.close()
+        except Exception:   # the library may be gone already at interpreter exit
+            pass
 
     def _view(self, address, kind):
         return R.View(kind.from_address(address), self) if address else None
