@@ -104,18 +104,25 @@ def test_read_log_skips_damaged_records(tmp_path):
 def test_handles_on_the_sample_log():
     msgs = list(zelnav.read_log(LOG))
     with zelnav.Converter() as cnv, zelnav.Prediction() as prg, \
-            zelnav.SatelliteComputer() as sat, zelnav.Solution(10) as pnt, zelnav.Raim() as raim:
+            zelnav.SatelliteComputer() as sat, zelnav.Solution(10) as pnt, zelnav.Raim() as raim, \
+            zelnav.Filter() as flt:
         lat, lon, h = zelnav.xyz_to_blh(REF)
         prg.set((lat, lon, h), 1, 0, 10)
         sat.set_point(REF, 0, 0)
         for m in msgs:
             lst = cnv.decode(m.data)
             pred = prg.get1(lst)
+            smoothed = flt.smooth_obs(lst)
         assert lst.numGlo == len(lst.tblGlo) > 0
         hdr = lst.tblGps[0].tblHdr
         assert hdr.sys == 1 and 1 <= hdr.num <= 32
         with pytest.raises(AttributeError):
             hdr.num = 3
+
+        # Smoothing tables of GLONASS satellites of the epoch only.
+        assert smoothed.num == len(smoothed.tbl) > 0
+        assert {t.num for t in smoothed.tbl} <= {g.tblHdr.num for g in lst.tblGlo}
+        assert all(t.sys == 0 and t.psvd[0].actual for t in smoothed.tbl)
 
         # The prediction holds satellites above the mask only.
         assert pred.numPrg == len(pred.prgSat) > 0
