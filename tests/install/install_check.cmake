@@ -1,6 +1,7 @@
 # Installs the build into a fresh prefix and checks what arrived: the
 # shared library with its SONAME and links, every public header under
-# include/zelnav, the CMake package and the pkg-config file, and nothing
+# include/zelnav, the CMake package, the pkg-config file and the Python
+# module beside the library, and nothing
 # else of the library (no static archive, no tool library). Programs under
 # bin/ are allowed: commands for users are not internal.
 #
@@ -27,6 +28,10 @@ set(want
 file(GLOB headers RELATIVE ${SOURCE}/include ${SOURCE}/include/*.h)
 foreach(h IN LISTS headers)
   list(APPEND want include/zelnav/${h})
+endforeach()
+file(GLOB python RELATIVE ${SOURCE}/python ${SOURCE}/python/zelnav/*.py)
+foreach(py IN LISTS python)
+  list(APPEND want ${LIBDIR}/python3/dist-packages/${py})
 endforeach()
 # The per-configuration part of the exported targets (its name follows
 # the build type).

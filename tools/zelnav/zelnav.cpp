@@ -13,6 +13,7 @@ int cmdConvert(int argc, char** argv);
 int cmdDemo(int argc, char** argv);
 int cmdSolve(int argc, char** argv);
 int cmdPredict(int argc, char** argv);
+int cmdPlot(int argc, char** argv);
 
 namespace {
 
@@ -27,6 +28,7 @@ const Command kCommands[] = {
     {"demo", cmdDemo, "decode a few generated 0x0C messages and print them"},
     {"solve", cmdSolve, "position, clock and velocity of every epoch of a log"},
     {"predict", cmdPredict, "the satellites a log's almanacs predict at a time and place"},
+    {"plot", cmdPlot, "an HTML report with charts of a log or of a solve CSV"},
 };
 
 int usage(std::FILE* to) {
