@@ -18,8 +18,8 @@
  *   --shift S   seconds added per replay (default 604800)
  *   --ref X,Y,Z known WGS-84 position (default: the log header's)
  *
- * Output: one line per replay, then the first and the last replay side
- * by side. Exit status 1 when the log cannot be read.
+ * Output: one line per replay, then the first and the last whole replay
+ * side by side. Exit status 1 when the log cannot be read.
  */
 #include <malloc.h>
 
@@ -139,7 +139,8 @@ int main(int argc, char** argv) {
         print(label, r);
         std::fflush(stdout);
         if (k == 0) first = r;
-        last = r;
+        /* The last whole replay: one cut short by --epochs is no hour. */
+        if (r.epochs == first.epochs) last = r;
     }
     std::printf("%ld epochs in all\n", done);
     print("first", first);
