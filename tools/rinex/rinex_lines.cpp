@@ -14,6 +14,7 @@ bool LineSource::open(const std::string& path) {
     error_.clear();
     last_.clear();
     pushedBack_ = false;
+    damaged_ = false;
     lineNo_ = 0;
     gzFile f = gzopen(path.c_str(), "rb");
     if (!f) {
@@ -58,6 +59,7 @@ bool LineSource::readRaw(std::string& line) {
              * the piece of line it stops in is dropped. */
             error_ = err == Z_BUF_ERROR ? "compressed data ends unexpectedly"
                                         : std::string("compressed data damaged: ") + (msg ? msg : "");
+            damaged_ = true;
             close();
             return false;
         }

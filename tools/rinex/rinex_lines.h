@@ -38,6 +38,10 @@ public:
     /* Empty while all is well. */
     const std::string& error() const { return error_; }
     void clearError() { error_.clear(); }
+    /* The data stopped on damage (cut or corrupt compression) rather than
+     * at its end: a record it stops in has been told of already, by the
+     * one message of the damage. */
+    bool damaged() const { return damaged_; }
 
 private:
     bool readRaw(std::string& line);
@@ -47,6 +51,7 @@ private:
     std::string error_;
     std::string last_;
     bool pushedBack_ = false;
+    bool damaged_ = false;
     long lineNo_ = 0;
 };
 

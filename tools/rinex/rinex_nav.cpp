@@ -241,6 +241,11 @@ bool readRecords(LineSource& src, NavFile& out, Diagnostics& diag) {
             r.lines.push_back(line);
             r.numbers.push_back(src.lineNo());
         }
+        /* A record the damaged data stops in has its message already. */
+        if (!have && src.damaged()) {
+            out.badRecords++;
+            break;
+        }
         parseRecord(r, out, diag);
     }
     return true;

@@ -56,7 +56,7 @@ bool navRecordStart(const std::string& line, double version) {
 bool readNavHeader(LineSource& src, NavHeader& h, Diagnostics& diag) {
     auto report = [&](long ln, const std::string& what) { diag.add(src.path(), ln, what); };
     std::string line;
-    bool versionSeen = false, orderReported = false, anyLine = false, ended = false;
+    bool versionSeen = false, anyLine = false, ended = false;
     while (nextLine(src, line, diag)) {
         const long ln = src.lineNo();
         const std::string lab = headerLabel(line);
@@ -74,6 +74,8 @@ bool readNavHeader(LineSource& src, NavHeader& h, Diagnostics& diag) {
         const bool first = !anyLine;
         anyLine = true;
         if (lab == "RINEX VERSION / TYPE") {
+            /* The one message of a header out of order: lines before
+             * the version line are read all the same. */
             if (!first) report(ln, "RINEX VERSION / TYPE is not the first header line");
             versionSeen = true;
             if (parseReal(line, 0, 9, h.version) != FieldStatus::Ok) {
@@ -84,10 +86,6 @@ bool readNavHeader(LineSource& src, NavHeader& h, Diagnostics& diag) {
             h.system = line.size() > 40 ? line[40] : ' ';
             if (h.version < 3.0) h.system = h.fileType == 'G' ? 'R' : 'G';
             continue;
-        }
-        if (!versionSeen && !orderReported) {
-            orderReported = true;
-            report(ln, "header does not start with RINEX VERSION / TYPE");
         }
         if (lab == "ION ALPHA" || lab == "ION BETA") {
             const bool alpha = lab == "ION ALPHA";

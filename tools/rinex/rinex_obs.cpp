@@ -124,7 +124,7 @@ bool ObsReader::skipEvent(int flag, long count, long line) {
     std::string l;
     for (long i = 0; i < count; ++i) {
         if (!takeLine(l)) {
-            report(line, "file ends inside the event record");
+            if (!src_.damaged()) report(line, "file ends inside the event record");
             return false;
         }
         const bool epochLine = hdr_.version >= 3.0 ? (!l.empty() && l[0] == '>') : looksLikeEpoch2(l);
@@ -230,7 +230,7 @@ bool ObsReader::next3(ObsEpoch& epoch) {
         bool complete = true;
         for (long i = 0; i < n; ++i) {
             if (!takeLine(line)) {
-                report(eln, "file ends inside the epoch (" + std::to_string(i) + " of " +
+                if (!src_.damaged()) report(eln, "file ends inside the epoch (" + std::to_string(i) + " of " +
                                 std::to_string(n) + " satellites); epoch skipped");
                 ++epochsSkipped_;
                 return false;
@@ -334,7 +334,7 @@ bool ObsReader::next2(ObsEpoch& epoch) {
         for (long k = 0; k < n; ++k) {
             if (k > 0 && k % 12 == 0) {
                 if (!takeLine(line)) {
-                    report(eln, "file ends inside the epoch's satellite list; epoch skipped");
+                    if (!src_.damaged()) report(eln, "file ends inside the epoch's satellite list; epoch skipped");
                     ++epochsSkipped_;
                     return false;
                 }
@@ -382,7 +382,7 @@ bool ObsReader::next2(ObsEpoch& epoch) {
             }
             for (long j = 0; j < linesPerSat; ++j) {
                 if (!takeLine(line)) {
-                    report(eln, "file ends inside the epoch; epoch skipped");
+                    if (!src_.damaged()) report(eln, "file ends inside the epoch; epoch skipped");
                     ++epochsSkipped_;
                     return false;
                 }

@@ -117,7 +117,6 @@ private:
     struct HeaderState {
         bool anyLine = false;     /* a header line was seen */
         bool versionSeen = false;
-        bool orderReported = false;
         long types2Left = 0;      /* RINEX 2 types still to come on continuation lines */
         char sys3 = 0;            /* RINEX 3 system whose types continue */
         long types3Left = 0;

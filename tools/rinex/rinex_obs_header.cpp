@@ -98,6 +98,8 @@ bool ObsReader::applyHeaderLine(const std::string& line, HeaderState& st) {
     const bool first = !st.anyLine;
     st.anyLine = true;
     if (lab == "RINEX VERSION / TYPE") {
+        /* The one message of a header out of order: lines before the
+         * version line are read all the same. */
         if (!first) report(ln, "RINEX VERSION / TYPE is not the first header line");
         st.versionSeen = true;
         double v = 0;
@@ -109,10 +111,6 @@ bool ObsReader::applyHeaderLine(const std::string& line, HeaderState& st) {
         hdr_.fileType = line.size() > 20 ? line[20] : ' ';
         hdr_.system = line.size() > 40 && line[40] != ' ' ? line[40] : 'G';
         return true;
-    }
-    if (!st.versionSeen && !st.orderReported) {
-        st.orderReported = true;
-        report(ln, "header does not start with RINEX VERSION / TYPE");
     }
     if (lab.empty()) {
         report(ln, "header line without a label in columns 61-80");
