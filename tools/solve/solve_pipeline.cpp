@@ -96,6 +96,7 @@ bool Pipeline::run(uint8_t* msg) {
     fix_ = nullptr;
     spd_ = nullptr;
     if (tm_ == 0) return false;
+    if (tableHook_) tableHook_(lst_, tableCtx_);
     if (!pointSet_ && !bootstrap()) {
         /* No point yet: the epoch is reported without a fix. */
         return true;

@@ -39,6 +39,14 @@ public:
         hookCtx_ = ctx;
     }
 
+    /* A function run on the converter's list of every epoch before the
+     * satellite computation (observation smoothing); none by default. */
+    typedef void (*TableHook)(lsttblSat_t* lst, void* ctx);
+    void setTableHook(TableHook hook, void* ctx) {
+        tableHook_ = hook;
+        tableCtx_ = ctx;
+    }
+
     /* Seeds the reference point with an approximate WGS-84 position. */
     void seed(const double xyzWgs84[3]);
     bool pointSet() const { return pointSet_; }
@@ -81,6 +89,8 @@ private:
     const tblSpdPnt_t* spd_ = nullptr;
     RowHook hook_ = nullptr;
     void* hookCtx_ = nullptr;
+    TableHook tableHook_ = nullptr;
+    void* tableCtx_ = nullptr;
 };
 
 /* A fix worth using as the next reference point: finite and within

@@ -56,6 +56,7 @@ int run(const std::string& path, const Options& opt, std::FILE* out, std::FILE* 
     if (rd.header().hasPosition) pl.seed(rd.header().position);
     Accuracy acc(opt.ref);
     RaimCheck check(pl, opt.raim, opt.maxSpeed, opt.inject);
+    FilterStage filt(pl, opt.filt, opt.hasRef ? opt.ref : nullptr);
 
     std::fprintf(out, "%s%s\n", kCsvHeader, opt.raim ? kCsvRaimColumns : "");
     std::size_t printed = 0;
@@ -71,10 +72,11 @@ int run(const std::string& path, const Options& opt, std::FILE* out, std::FILE* 
             continue;
         }
         if (!pl.run(rec.message.data())) continue;
-        const tblCrdPnt_t* fix = check.finish();
+        const tblCrdPnt_t* fix = filt.finish(check.finish());
         if (opt.recordedOnly && rec.interpolated()) continue;
 
         t.epochs++;
+        filt.reported();
         std::string raimColumns;
         if (opt.raim)
             raimColumns = (check.checked() ? std::to_string(check.outcome()) : std::string()) +
@@ -120,6 +122,16 @@ int run(const std::string& path, const Options& opt, std::FILE* out, std::FILE* 
                      opt.ref[0], opt.ref[1], opt.ref[2], t.rms3d, t.h95, t.v95, t.max3d,
                      t.accuracyFixes);
     }
+    filt.summary(err);
+    t.rawRms3d = filt.raw().rms3d();
+    t.rawFixes = filt.raw().count();
+    t.predicted = filt.predicted;
+    t.staticAveraged = filt.averaged;
+    t.staticCoarse = filt.coarse;
+    t.staticRefused = filt.refused;
+    for (int i = 0; i < 3; i++) t.staticXyz[i] = filt.average[i];
+    t.staticError = filt.averageError();
+    t.staticRms3d = filt.running().rms3d();
     if (totals) *totals = t;
     return 0;
 }

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "solve_filter.h"
 #include "solve_raim.h"
 
 namespace solve {
@@ -24,6 +25,7 @@ struct Options {
     bool raim = false;
     double maxSpeed = 100.0;
     std::vector<Injection> inject;   /* faults added to the pseudoranges */
+    FilterOptions filt;              /* --smooth, --static, --filter (solve_filter.h) */
 };
 
 struct Totals {
@@ -38,6 +40,17 @@ struct Totals {
      * satellite-epochs excluded by raimComb and by raimStats. */
     long raimAccepted = 0, raimNoExclusion = 0, raimTooFew = 0;
     long combExclusions = 0, statsExclusions = 0;
+    /* With --filter the figures above are of the filtered fixes; these
+     * are of the unfiltered ones. predicted: filtered epochs without a
+     * fix. */
+    double rawRms3d = 0.0;
+    long rawFixes = 0, predicted = 0;
+    /* With --static: staticFilter steps averaged in, coarse and refused;
+     * the final average (WGS-84) and, with a reference, its 3D error and
+     * the 3D RMS of the running average. */
+    long staticAveraged = 0, staticCoarse = 0, staticRefused = 0;
+    double staticXyz[3] = {0.0, 0.0, 0.0};
+    double staticError = 0.0, staticRms3d = 0.0;
 };
 
 /* Runs the log at `path`. CSV to `out`, problems and the summary to

@@ -4,6 +4,7 @@
  *
  *   zelnav solve LOG [--mode glo|gps|both] [--ref X,Y,Z] [--recorded-only]
  *                    [--raim [--max-speed V]] [--inject SYS:NUM:FROM:BIAS[:RATE]]...
+ *                    [--smooth] [--static [--static-gain K] [--static-epochs N]] [--filter]
  *
  * One CSV line per epoch on the standard output. Messages that fail the
  * structural check, and damaged records of the log, are reported on the
@@ -21,7 +22,8 @@ namespace {
 
 const char* const kUsage =
     "usage: zelnav solve LOG [--mode glo|gps|both] [--ref X,Y,Z] [--recorded-only]\n"
-    "                    [--raim [--max-speed V]] [--inject SYS:NUM:FROM:BIAS[:RATE]]...\n"
+"                    [--raim [--max-speed V]] [--inject SYS:NUM:FROM:BIAS[:RATE]]...\n"
+    "                    [--smooth] [--static [--static-gain K] [--static-epochs N]] [--filter]\n"
     "  LOG            a log of 0x0C messages (tools/zlog/README.md)\n"
     "  --mode M       systems of the fix: glo, gps or both (default both)\n"
     "  --ref X,Y,Z    known position (WGS-84 ECEF, metres): print the accuracy\n"
@@ -38,6 +40,20 @@ const char* const kUsage =
     "                 (G:24 may be written G24),\n"
     "                 FROM the first epoch (0 = the first of the log), BIAS metres,\n"
     "                 RATE metres added per epoch after that; may be repeated\n"
+    "  --smooth       smooth the GLONASS pseudoranges, Doppler values and carrier\n"
+    "                 phases (two-state Kalman filters) before the satellite\n"
+    "                 computation; GPS observations are used as received\n"
+    "  --static       average the fixes of a receiver at rest; the summary gives\n"
+    "                 the averaged position (and its error against --ref); fixes\n"
+    "                 with a DOP above 10 or made in another mode (a GPS-only fix\n"
+    "                 in mode both) are left out\n"
+    "  --static-gain K  end gain of the average, 1e-9..1 (default 0.01, a memory\n"
+    "                 of about 100 s); the gain falls linearly from 1 to K\n"
+    "  --static-epochs N  over the first N epochs, 1..1000000000 (default 60)\n"
+    "  --filter       position filter for a moving receiver: the CSV carries the\n"
+    "                 filtered position (an epoch without a fix, its prediction,\n"
+    "                 with nglo and ngps 0) and the accuracy summary is of those;\n"
+    "                 the unfiltered fixes' accuracy follows\n"
     "Output: CSV, one line per epoch: utc (time of the epoch), fix (1 = solved),\n"
     "sys (0 GLONASS, 1 GPS, 10 both), x,y,z (WGS-84 ECEF, m; PZ-90 fixes are\n"
     "shifted), lat,lon (degrees), h (m), dt (receiver clock offset, s), tau\n"
@@ -90,6 +106,26 @@ int cmdSolve(int argc, char** argv) {
             if (i + 1 >= argc || !solve::parseInjection(argv[++i], &f))
                 return usage("--inject needs SYS:NUM:FROM:BIAS[:RATE], for instance G:24:100:100");
             opt.inject.push_back(f);
+        } else if (a == "--smooth") {
+            opt.filt.smooth = true;
+        } else if (a == "--static") {
+            opt.filt.average = true;
+        } else if (a == "--static-gain") {
+            char tail = 0;
+            double k = 0.0;
+            if (i + 1 >= argc || std::sscanf(argv[++i], "%lf%c", &k, &tail) != 1 ||
+                !(k >= 1e-9 && k <= 1.0))
+                return usage("--static-gain needs a gain from 1e-9 to 1, for instance 0.01");
+            opt.filt.staticGain = k;
+        } else if (a == "--static-epochs") {
+            char tail = 0;
+            unsigned long n = 0;
+            if (i + 1 >= argc || std::sscanf(argv[++i], "%lu%c", &n, &tail) != 1 || n < 1 ||
+                n > 1000000000ul)
+                return usage("--static-epochs needs a count from 1 to 1000000000, for instance 60");
+            opt.filt.staticEpochs = (unsigned int)n;
+        } else if (a == "--filter") {
+            opt.filt.filter = true;
         } else if (a.size() > 1 && a[0] == '-') {
             return usage("unknown option " + a);
         } else if (log.empty()) {
