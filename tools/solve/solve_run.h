@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "format.h"
 #include "solve_raim.h"
 
 namespace solve {
@@ -24,6 +25,8 @@ struct Options {
     bool raim = false;
     double maxSpeed = 100.0;
     std::vector<Injection> inject;   /* faults added to the pseudoranges */
+    Format format = Format::Csv;     /* of the epochs written to the output */
+    bool flush = false;              /* flush the output after every epoch (live input) */
 };
 
 struct Totals {

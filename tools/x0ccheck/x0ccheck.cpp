@@ -85,12 +85,14 @@ Result check(const uint8_t* msg, std::size_t avail) {
         return fail(r, Fault::LengthPastEnd, 1, have, len);
     }
     if ((msg[0] & 0x0Fu) != 12) return fail(r, Fault::NotX0c, 0, msg[0] & 0x0Fu, 12);
+    r.end = 3;
     if (msg[0] & 0x80u) return r; /* no data: the library reads nothing more */
     if (len < kHeaderBytes) return fail(r, Fault::HeaderShort, 0, len, kHeaderBytes);
 
     const unsigned int first = msg[3];
     const unsigned int numSat = msg[9];
     /* The library stops before the blocks in these cases. */
+    r.end = first < len ? first : len;
     if (first == len || u32(msg + 4) == 0 || numSat == 0) return r;
     if (first < kHeaderBytes || first > len)
         return fail(r, Fault::FirstBlock, 3, first, kHeaderBytes);
@@ -102,6 +104,7 @@ Result check(const uint8_t* msg, std::size_t avail) {
         if (!br.ok()) return br;
         off = end;
     }
+    r.end = off;
     return r;
 }
 

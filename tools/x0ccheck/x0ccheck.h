@@ -74,6 +74,12 @@ struct Result {
     int satByte = -1;         /* byte 0 of that block (GPS bit, number), -1 if unread */
     unsigned int have = 0;    /* the size found ... */
     unsigned int need = 0;    /* ... and the size needed */
+    /* Of an accepted message: where what the library reads ends (3 for
+     * a message without data, the first block's offset when no block is
+     * walked, else the end of the last block). Receivers put nothing
+     * after that, so a message whose end is short of its length is
+     * suspect where no framing vouches for its length. */
+    unsigned int end = 0;
 
     bool ok() const { return fault == Fault::None; }
 };
