@@ -6,7 +6,9 @@
  * The stream may hold any of:
  *   - a log's file header ("ZLOG"...), from which the approximate position
  *     is kept, and the log's records (A5 5A, flags, 0, u16 L, message);
- *   - bare 0x0C messages, one after the other, without framing;
+ *   - bare 0x0C messages with data, one after the other, without
+ *     framing (a bare message without data, three bytes, is not told
+ *     from noise and is skipped: it carries nothing for the solver);
  *   - garbage anywhere: line noise, a message cut off when the link
  *     dropped, a different protocol.
  * The three starts are told apart by their first byte (A5, 'Z', and a
@@ -19,7 +21,10 @@
  * a receiver puts nothing after the last satellite block, and a message
  * cut off and followed by the next one almost never walks to its claimed
  * length exactly. A record must in addition carry the message's own
- * length. A candidate still incomplete waits for more bytes, so a
+ * length. A message cut off near its end and followed by the next one
+ * does walk to its length; it is told by the next message's header found
+ * inside it (a sound length and first block, and a time within ten
+ * minutes of its own). A candidate still incomplete waits for more bytes, so a
  * message is handed out as soon as its last byte has arrived; at the end
  * of the input an incomplete candidate is given up and the bytes it
  * covered are searched like any others, so nothing real is lost to a
@@ -70,6 +75,7 @@ private:
     Take tryHeader(std::size_t at, std::size_t* used);
     Take tryRecord(std::size_t at, zlog::Record& rec, std::size_t* used);
     Take tryMessage(std::size_t at, zlog::Record& rec, std::size_t* used);
+    bool startsInside(std::size_t from, std::size_t to, const uint8_t* msg, std::size_t len) const;
     void endGarbage();
 
     std::string name_;
