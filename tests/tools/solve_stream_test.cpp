@@ -195,6 +195,16 @@ TEST(SolveStream, AMessageIsHandedOutAsSoonAsItsLastByteArrives) {
         ASSERT_TRUE(rd.next(r)) << "message " << k;
         EXPECT_EQ(r.message, m);
     }
+    // Noise that starts like a message claiming 60000 bytes is given up
+    // as soon as its header shows it is none (first block inside the
+    // header), not when 60000 bytes have come.
+    const uint8_t falseStart[10] = {0x0C, 0x60, 0xEA, 5, 1, 2, 3, 4, 0, 3};
+    rd.feed(falseStart, sizeof falseStart);
+    rd.feed(recs[5].message.data(), recs[5].message.size());
+    ASSERT_TRUE(rd.next(r));
+    EXPECT_EQ(r.message, recs[5].message);
+    EXPECT_EQ(rd.skipped(), sizeof falseStart);
+
     // A log header whose position is set seeds the pipeline: it is kept.
     const std::vector<uint8_t> file = fileBytes(kLog);
     solve::StreamReader withHeader;

@@ -120,7 +120,9 @@ StreamReader::Take StreamReader::tryRecord(std::size_t at, zlog::Record& rec, st
     const std::size_t len = static_cast<std::size_t>(p[4] | p[5] << 8);
     if (len < zlog::kMinMessage || zlog::messageLength(p + zlog::kRecordHeader, 3) != len)
         return Take::No;
-    if (avail < zlog::kRecordHeader + len) return Take::Wait;
+    if (avail < zlog::kRecordHeader + len)
+        return x0ccheck::mayPass(p + zlog::kRecordHeader, avail - zlog::kRecordHeader) ? Take::Wait
+                                                                                      : Take::No;
     if (!wholeMessage(p + zlog::kRecordHeader, len) ||
         startsInside(at + zlog::kRecordHeader, at + zlog::kRecordHeader + len,
                      p + zlog::kRecordHeader, len))
@@ -142,14 +144,12 @@ StreamReader::Take StreamReader::tryMessage(std::size_t at, zlog::Record& rec, s
     /* A bare message without data is three bytes (type, length 3) that
      * occur inside real messages and in noise far too often to be told
      * from one, and it gives the solver nothing: only framed ones are
-     * taken. Cheap signs of a false start, before waiting for all it
-     * claims: a message with data has its header, its first block inside
-     * it, and a time. */
+     * taken. A message with data has a time; and a false start is
+     * given up as soon as what has arrived of it fails the check, not
+     * when all it claims is there. */
     if (p[0] & 0x80u) return Take::No;
-    if (len < x0ccheck::kHeaderBytes) return Take::No;
-    if (avail >= 4 && (p[3] < x0ccheck::kHeaderBytes || p[3] > len)) return Take::No;
     if (avail >= 8 && get32(p + 4) == 0) return Take::No;
-    if (avail < len) return Take::Wait;
+    if (avail < len) return x0ccheck::mayPass(p, avail) ? Take::Wait : Take::No;
     if (!wholeMessage(p, len) || startsInside(at, at + len, p, len)) return Take::No;
     rec.offset = base_ + at;
     rec.flags = 0;

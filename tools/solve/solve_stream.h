@@ -24,11 +24,14 @@
  * length. A message cut off near its end and followed by the next one
  * does walk to its length; it is told by the next message's header found
  * inside it (a sound length and first block, and a time within ten
- * minutes of its own). A candidate still incomplete waits for more bytes, so a
- * message is handed out as soon as its last byte has arrived; at the end
- * of the input an incomplete candidate is given up and the bytes it
- * covered are searched like any others, so nothing real is lost to a
- * false start.
+ * minutes of its own).
+ *
+ * A candidate still incomplete waits for more bytes as long as what has
+ * arrived of it passes the check so far (x0ccheck::mayPass), so a message
+ * is handed out as soon as its last byte has arrived, and a false start
+ * in noise is mostly given up within a few bytes. At the end of the
+ * input an incomplete candidate is given up and the bytes it covered are
+ * searched like any others, so nothing real is lost to a false start.
  *
  * The reader works on what it is fed (feed()), so it is the same code
  * whether the bytes come from a pipe, a socket or a test.

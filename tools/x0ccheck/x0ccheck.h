@@ -89,6 +89,13 @@ struct Result {
  * byte outside its own length; Result::length is then its length. */
 Result check(const uint8_t* msg, std::size_t avail);
 
+/* Whether the first `avail` bytes of a message (its length field may
+ * claim more) can still be the start of one check() accepts: nothing read
+ * within them fails. A reader of a live stream asks this while a
+ * candidate message is arriving, so as not to wait for all the bytes a
+ * false start claims. */
+bool mayPass(const uint8_t* msg, std::size_t avail);
+
 /* One line in words, e.g. "block 3 (GPS 5): sub-block 0 is 41 bytes, the
  * decoder reads 59". Empty for an accepted message. */
 std::string describe(const Result& r);
