@@ -67,8 +67,11 @@ Epoch makeEpoch(unsigned int tm, const tblCrdPnt_t* fix, const tblSpdPnt_t* spd,
     e.lon = blh[1] > 180.0 ? blh[1] - 360.0 : blh[1];
     e.h = blh[2];
     if (spd != nullptr && spd->actual == 1) {
+        /* The record is packed to 4 bytes: its doubles are copied out
+         * rather than read through a pointer. */
+        const double v[3] = {spd->vxyz[0], spd->vxyz[1], spd->vxyz[2]};
         double top[3];  /* north, up, east */
-        geo::gcsk_tcsk(blh, spd->vxyz, top);
+        geo::gcsk_tcsk(blh, v, top);
         e.hasSpeed = true;
         e.enu[0] = top[2];
         e.enu[1] = top[0];
