@@ -14,6 +14,7 @@
 
 #include "solve_pipeline.h"
 #include "solve_report.h"
+#include "solve_source.h"
 #include "x0ccheck.h"
 #include "zlog.h"
 
@@ -32,38 +33,65 @@ const char* modeName(int mode) {
 
 namespace {
 
-/* Prints the reader's reports not printed yet; returns how many. */
-long flushLogProblems(const zlog::Reader& rd, std::size_t* printed, std::FILE* err) {
+/* Prints the source's reports not printed yet; returns how many. */
+long flushLogProblems(const Source& src, std::size_t* printed, std::FILE* err) {
     long n = 0;
-    for (; *printed < rd.errors().size(); ++*printed, ++n)
-        std::fprintf(err, "%s\n", rd.errors()[*printed].c_str());
+    for (; *printed < src.errors().size(); ++*printed, ++n)
+        std::fprintf(err, "%s\n", src.errors()[*printed].c_str());
     return n;
 }
+
+/* A log file, record by record. */
+class LogSource : public Source {
+public:
+    bool open(const std::string& path) { return rd_.open(path); }
+    bool next(zlog::Record& rec) override { return rd_.next(rec); }
+    const std::vector<std::string>& errors() const override { return rd_.errors(); }
+    const double* position() const override {
+        return rd_.header().hasPosition ? rd_.header().position : nullptr;
+    }
+
+private:
+    zlog::Reader rd_;
+};
 
 }  // namespace
 
 int run(const std::string& path, const Options& opt, std::FILE* out, std::FILE* err,
         Totals* totals) {
-    Totals t;
-    zlog::Reader rd;
-    if (!rd.open(path)) {
-        const std::string why = rd.errors().empty() ? path + ": cannot read" : rd.errors().back();
+    LogSource src;
+    if (!src.open(path)) {
+        const std::string why = src.errors().empty() ? path + ": cannot read" : src.errors().back();
         std::fprintf(err, "zelnav solve: %s\n", why.c_str());
         return 1;
     }
+    return runSource(src, path, opt, out, err, totals);
+}
 
+int runSource(Source& src, const std::string& path, const Options& opt, std::FILE* out,
+              std::FILE* err, Totals* totals) {
+    Totals t;
     Pipeline pl(opt.mode);
-    if (rd.header().hasPosition) pl.seed(rd.header().position);
+    bool seeded = false;
     Accuracy acc(opt.ref);
     RaimCheck check(pl, opt.raim, opt.maxSpeed, opt.inject);
     FilterStage filt(pl, opt.filt, opt.hasRef ? opt.ref : nullptr);
 
-    std::fprintf(out, "%s%s\n", kCsvHeader, opt.raim ? kCsvRaimColumns : "");
+    RunInfo info;
+    info.source = path;
+    info.mode = opt.mode;
+    info.raim = opt.raim;
+    std::unique_ptr<Writer> writer = makeWriter(opt.format, out);
+    writer->begin(info);
     std::size_t printed = 0;
     zlog::Record rec;
-    while (rd.next(rec)) {
-        t.logProblems += flushLogProblems(rd, &printed, err);
+    while (src.next(rec)) {
+        t.logProblems += flushLogProblems(src, &printed, err);
         t.messages++;
+        if (!seeded && src.position() != nullptr) {
+            pl.seed(src.position());
+            seeded = true;
+        }
         const x0ccheck::Result r = x0ccheck::check(rec.message.data(), rec.message.size());
         if (!r.ok()) {
             std::fprintf(err, "%s@%llu: message skipped: %s\n", path.c_str(),
@@ -81,7 +109,9 @@ int run(const std::string& path, const Options& opt, std::FILE* out, std::FILE* 
         if (opt.raim)
             raimColumns = (check.checked() ? std::to_string(check.outcome()) : std::string()) +
                           "," + check.excludedComb() + "," + check.excludedStats();
-        csvLine(out, pl.tm(), fix, pl.speed(), pl.datum(), opt.raim ? raimColumns.c_str() : nullptr);
+        writer->epoch(makeEpoch(pl.tm(), fix, pl.speed(), pl.datum(),
+                                opt.raim ? raimColumns.c_str() : nullptr));
+        if (opt.flush) std::fflush(out);
         if (fix == nullptr || fix->actual != 1) continue;
         t.fixes++;
         if (opt.hasRef) {
@@ -90,7 +120,8 @@ int run(const std::string& path, const Options& opt, std::FILE* out, std::FILE* 
             acc.add(w);
         }
     }
-    t.logProblems += flushLogProblems(rd, &printed, err);
+    t.logProblems += flushLogProblems(src, &printed, err);
+    writer->end();
 
     t.raimAccepted = check.accepted;
     t.raimNoExclusion = check.noExclusion;

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "solve_filter.h"
+#include "format.h"
 #include "solve_raim.h"
 
 namespace solve {
@@ -26,6 +27,8 @@ struct Options {
     double maxSpeed = 100.0;
     std::vector<Injection> inject;   /* faults added to the pseudoranges */
     FilterOptions filt;              /* --smooth, --static, --filter (solve_filter.h) */
+    Format format = Format::Csv;     /* of the epochs written to the output */
+    bool flush = false;              /* flush the output after every epoch (live input) */
 };
 
 struct Totals {

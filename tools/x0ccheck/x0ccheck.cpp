@@ -44,14 +44,17 @@ Result fail(Result r, Fault f, unsigned int at, unsigned int have = 0,
     return r;
 }
 
-/* One satellite block at `off`; on success `end` is where the next starts. */
-Result checkBlock(const uint8_t* msg, unsigned int len, unsigned int off,
+/* One satellite block at `off`; on success `end` is where the next starts,
+ * or 0 when the block runs past the `known` bytes before any fault. */
+Result checkBlock(const uint8_t* msg, unsigned int len, unsigned int known, unsigned int off,
                   int index, unsigned int* end) {
     Result r;
     r.length = len;
     r.block = index;
     if (off + kBlockHead > len)
         return fail(r, Fault::BlockPastEnd, off, len - off, kBlockHead);
+    *end = 0;
+    if (off + kBlockHead > known) return Result();
     r.satByte = msg[off];
     const bool gps = (msg[off] & 0x80u) != 0;
     const uint8_t* need = gps ? kNeedGps : kNeedGlo;
@@ -62,6 +65,7 @@ Result checkBlock(const uint8_t* msg, unsigned int len, unsigned int off,
         if (!(mask & (1u << i))) continue;
         r.sub = i;
         if (at >= len) return fail(r, Fault::SubBlockPastEnd, at, 0, 1);
+        if (at >= known) return Result();
         const unsigned int sub = msg[at];
         if (sub == 0) return fail(r, Fault::SubBlockEmpty, at);
         if (at + sub > len) return fail(r, Fault::SubBlockPastEnd, at, len - at, sub);
@@ -70,6 +74,38 @@ Result checkBlock(const uint8_t* msg, unsigned int len, unsigned int off,
     }
     *end = at;
     return Result();
+}
+
+/* The walk over a message of length `len` of which the first `known`
+ * bytes are there; it stops, accepting so far, at the first read past
+ * them. */
+Result walk(const uint8_t* msg, unsigned int len, unsigned int known) {
+    Result r;
+    r.length = len;
+    if ((msg[0] & 0x0Fu) != 12) return fail(r, Fault::NotX0c, 0, msg[0] & 0x0Fu, 12);
+    r.end = 3;
+    if (msg[0] & 0x80u) return r; /* no data: the library reads nothing more */
+    if (len < kHeaderBytes) return fail(r, Fault::HeaderShort, 0, len, kHeaderBytes);
+    if (known < 10) return r;
+
+    const unsigned int first = msg[3];
+    const unsigned int numSat = msg[9];
+    /* The library stops before the blocks in these cases. */
+    r.end = first;
+    if (first == len || u32(msg + 4) == 0 || numSat == 0) return r;
+    if (first < kHeaderBytes || first > len)
+        return fail(r, Fault::FirstBlock, 3, first, kHeaderBytes);
+
+    unsigned int off = first;
+    for (unsigned int b = 0; b < numSat; b++) {
+        unsigned int end = 0;
+        Result br = checkBlock(msg, len, known, off, (int)b, &end);
+        if (!br.ok()) return br;
+        if (end == 0) return r;
+        off = end;
+    }
+    r.end = off;
+    return r;
 }
 
 }  // namespace
@@ -84,25 +120,15 @@ Result check(const uint8_t* msg, std::size_t avail) {
         const unsigned int have = avail > 0xFFFFu ? 0xFFFFu : (unsigned int)avail;
         return fail(r, Fault::LengthPastEnd, 1, have, len);
     }
-    if ((msg[0] & 0x0Fu) != 12) return fail(r, Fault::NotX0c, 0, msg[0] & 0x0Fu, 12);
-    if (msg[0] & 0x80u) return r; /* no data: the library reads nothing more */
-    if (len < kHeaderBytes) return fail(r, Fault::HeaderShort, 0, len, kHeaderBytes);
+    return walk(msg, len, len);
+}
 
-    const unsigned int first = msg[3];
-    const unsigned int numSat = msg[9];
-    /* The library stops before the blocks in these cases. */
-    if (first == len || u32(msg + 4) == 0 || numSat == 0) return r;
-    if (first < kHeaderBytes || first > len)
-        return fail(r, Fault::FirstBlock, 3, first, kHeaderBytes);
-
-    unsigned int off = first;
-    for (unsigned int b = 0; b < numSat; b++) {
-        unsigned int end = 0;
-        Result br = checkBlock(msg, len, off, (int)b, &end);
-        if (!br.ok()) return br;
-        off = end;
-    }
-    return r;
+bool mayPass(const uint8_t* msg, std::size_t avail) {
+    if (avail < 3) return true;
+    const unsigned int len = u16(msg + 1);
+    if (len < 3) return false;
+    if (len <= avail) return check(msg, avail).ok();
+    return walk(msg, len, (unsigned int)avail).ok();
 }
 
 std::string describe(const Result& r) {

@@ -74,6 +74,12 @@ struct Result {
     int satByte = -1;         /* byte 0 of that block (GPS bit, number), -1 if unread */
     unsigned int have = 0;    /* the size found ... */
     unsigned int need = 0;    /* ... and the size needed */
+    /* Of an accepted message: where what the library reads ends (3 for
+     * a message without data, the first block's offset when no block is
+     * walked, else the end of the last block). Receivers put nothing
+     * after that, so a message whose end is short of its length is
+     * suspect where no framing vouches for its length. */
+    unsigned int end = 0;
 
     bool ok() const { return fault == Fault::None; }
 };
@@ -82,6 +88,13 @@ struct Result {
  * message is accepted when the library can decode it without reading a
  * byte outside its own length; Result::length is then its length. */
 Result check(const uint8_t* msg, std::size_t avail);
+
+/* Whether the first `avail` bytes of a message (its length field may
+ * claim more) can still be the start of one check() accepts: nothing read
+ * within them fails. A reader of a live stream asks this while a
+ * candidate message is arriving, so as not to wait for all the bytes a
+ * false start claims. */
+bool mayPass(const uint8_t* msg, std::size_t avail);
 
 /* One line in words, e.g. "block 3 (GPS 5): sub-block 0 is 41 bytes, the
  * decoder reads 59". Empty for an accepted message. */

@@ -5,6 +5,9 @@
  *   zelnav solve LOG [--mode glo|gps|both] [--ref X,Y,Z] [--recorded-only]
  *                    [--raim [--max-speed V]] [--inject SYS:NUM:FROM:BIAS[:RATE]]...
  *                    [--smooth] [--static [--static-gain K] [--static-epochs N]] [--filter]
+ *                    [--format csv|nmea|pos|geojson]
+ *   zelnav solve -   (a live stream on the standard input)
+ *   zelnav solve [--jobs N] -o DIR LOG...
  *
  * One CSV line per epoch on the standard output. Messages that fail the
  * structural check, and damaged records of the log, are reported on the
@@ -16,15 +19,29 @@
 #include <cstdio>
 #include <string>
 
+#include <cstdlib>
+#include <vector>
+
+#include "solve_jobs.h"
 #include "solve_run.h"
+#include "solve_stream.h"
 
 namespace {
 
 const char* const kUsage =
     "usage: zelnav solve LOG [--mode glo|gps|both] [--ref X,Y,Z] [--recorded-only]\n"
-"                    [--raim [--max-speed V]] [--inject SYS:NUM:FROM:BIAS[:RATE]]...\n"
+    "                    [--raim [--max-speed V]] [--inject SYS:NUM:FROM:BIAS[:RATE]]...\n"
     "                    [--smooth] [--static [--static-gain K] [--static-epochs N]] [--filter]\n"
-    "  LOG            a log of 0x0C messages (tools/zlog/README.md)\n"
+    "                    [--format csv|nmea|pos|geojson] [--jobs N -o DIR LOG...]\n"
+    "  LOG            a log of 0x0C messages (tools/zlog/README.md); - reads a live\n"
+    "                 stream of messages, framed as in a log or bare, from the\n"
+    "                 standard input and writes each epoch as soon as it is complete\n"
+    "  --format F     csv (default), nmea (GGA and RMC), pos (RTKLIB solution file)\n"
+    "                 or geojson (points and the track)\n"
+    "  -o DIR         write the output of each LOG to DIR/NAME.F (NAME: the log's file\n"
+    "                 name without .zlog, F: the format); needed for several logs\n"
+    "  --jobs N       solve up to N logs at once, each on its own thread (default 1);\n"
+    "                 a progress line per log on the standard error\n"
     "  --mode M       systems of the fix: glo, gps or both (default both)\n"
     "  --ref X,Y,Z    known position (WGS-84 ECEF, metres): print the accuracy\n"
     "                 of the fixes against it on the standard error\n"
@@ -78,7 +95,10 @@ bool parseXyz(const std::string& text, double xyz[3]) {
 
 int cmdSolve(int argc, char** argv) {
     solve::Options opt;
-    std::string log;
+    std::vector<std::string> logs;
+    std::string dir;
+    int jobs = 1;
+    bool toDir = false;
     for (int i = 1; i < argc; i++) {
         const std::string a = argv[i];
         if (a == "-h" || a == "--help") {
@@ -126,14 +146,31 @@ int cmdSolve(int argc, char** argv) {
             opt.filt.staticEpochs = (unsigned int)n;
         } else if (a == "--filter") {
             opt.filt.filter = true;
+        } else if (a == "--format") {
+            if (i + 1 >= argc || !solve::formatOf(argv[++i], &opt.format))
+                return usage("--format needs csv, nmea, pos or geojson");
+        } else if (a == "--jobs") {
+            char* end = nullptr;
+            if (i + 1 < argc) jobs = (int)std::strtol(argv[++i], &end, 10);
+            if (end == nullptr || *end != 0 || jobs < 1 || jobs > 256)
+                return usage("--jobs needs a number of logs to solve at once, 1 to 256");
+        } else if (a == "-o") {
+            if (i + 1 >= argc) return usage("-o needs a folder");
+            dir = argv[++i];
+            toDir = true;
         } else if (a.size() > 1 && a[0] == '-') {
             return usage("unknown option " + a);
-        } else if (log.empty()) {
-            log = a;
         } else {
-            return usage("give one log");
+            logs.push_back(a);
         }
     }
-    if (log.empty()) return usage("give the log to solve");
-    return solve::run(log, opt, stdout, stderr);
+    if (logs.empty()) return usage("give the log to solve");
+    if (toDir) {
+        for (const std::string& l : logs)
+            if (l == "-") return usage("-o takes logs, not the standard input");
+        return solve::runJobs(logs, jobs, dir, opt, stderr);
+    }
+    if (logs.size() > 1) return usage("give one log, or -o DIR for several");
+    if (logs[0] == "-") return solve::runStream(0, "-", opt, stdout, stderr);
+    return solve::run(logs[0], opt, stdout, stderr);
 }
