@@ -115,9 +115,12 @@ lsttblSat_t* lstsat_t::upx0c(unsigned char* msg) {
     for (unsigned int n = 0; n < numSat; n++) {
         unsigned char* blk = msg + offset;
 
+        /* The key walks the block's sub-blocks: taken once, not once per
+         * slot compared. */
+        const unsigned int key = sat_t::getKeyx0c(blk);
         sat_t* slot = nullptr;
         for (int i = 0; i < ZEL_NUM_SLOTS && slot == nullptr; i++)
-            if (sat[i].thisSat(blk)) slot = &sat[i];
+            if (sat[i].hasKey(key)) slot = &sat[i];
         for (int i = 0; i < ZEL_NUM_SLOTS && slot == nullptr; i++)
             if (sat[i].empty()) {
                 slot = &sat[i];

@@ -26,8 +26,10 @@ public:
 
     /* Satellite identity of a block: number, byte 1 and the sub-block-10
      * byte; the system bit is not part of it. */
-    unsigned int getKeyx0c(const unsigned char* blk) const;
+    static unsigned int getKeyx0c(const unsigned char* blk);
     bool thisSat(const unsigned char* blk) const;
+    /* thisSat for a key already taken from the block. */
+    bool hasKey(unsigned int k) const { return key == k; }
     bool empty() const { return key == SAT_KEY_EMPTY; }
     /* Claims this (empty) slot for the satellite of `blk`. */
     void create(const unsigned char* blk);

@@ -122,7 +122,7 @@ void sat_t::resetTables() {
  * Leaving the system bit out is deliberate: the receiver's channel number
  * already tells apart two satellites that share number and letter byte.
  */
-unsigned int sat_t::getKeyx0c(const unsigned char* blk) const {
+unsigned int sat_t::getKeyx0c(const unsigned char* blk) {
     unsigned int key = ((((unsigned int)blk[0] & 0x7Fu) << 8) | blk[1]) << 8;
     unsigned int off[x0cle::kSubBlocks];
     x0cle::subBlocks(blk, off);

@@ -83,6 +83,14 @@ bool OprGloCt_t::getTbl(tblOprGlo_t* tbl, tblHdr_t* hdr) {
     const unsigned char* s3 = str[2].getData();
     const unsigned char* s4 = str[3].getData();
 
+    /* The set accepted last time, into an untouched table: a rebuild
+     * would write the same bytes and accept it again. A rejected set
+     * empties the collector, so only accepted ones are remembered. */
+    bool same = memo.holds(tbl);
+    for (int i = 0; i < 4 && same; i++)
+        same = std::memcmp(tbl->str[i], str[i].getData(), 10) == 0;
+    if (same) return true;
+
     for (int i = 0; i < 4; i++) std::memcpy(tbl->str[i], str[i].getData(), 10);
     tbl->actual = 1;
     tbl->tk = gloCtTk(s1);
@@ -129,6 +137,7 @@ bool OprGloCt_t::getTbl(tblOprGlo_t* tbl, tblHdr_t* hdr) {
     tbl->ft = kFtMetres[(unsigned int)gloCtValue(s4, kGloCtStr4[GLO_S4_FT])];
     tbl->nt = (uint16_t)gloCtValue(s4, kGloCtStr4[GLO_S4_NT]);
     tbl->m = (uint8_t)gloCtValue(s4, kGloCtStr4[GLO_S4_M]);
+    memo.keep(tbl);
     return true;
 
 reject:

@@ -4,6 +4,7 @@
 #ifndef ZELNAV_NAVINF_GLO_CT_H
 #define ZELNAV_NAVINF_GLO_CT_H
 
+#include "navinf_memo.h"
 #include "navinf_str.h"
 #include "tbl_sat.h"
 
@@ -37,6 +38,7 @@ public:
 
 private:
     NavInfStr_t str[4];
+    NavMemo<tblOprGlo_t> memo; /* the last accepted set */
 
     /* Store a string of number 1 to 4; string 1 restarts the set. */
     void put(const NavInfStr_t& s);

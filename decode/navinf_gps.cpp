@@ -44,9 +44,16 @@ static void copySubframe(const NavInfStr_t& s, uint8_t dst[30]) {
 
 int OprGps_t::getTbl(tblOprGps_t* tbl) {
     if (!isCmplt()) return 1;
-    copySubframe(sf[0], tbl->subfr1);
-    copySubframe(sf[1], tbl->subfr2);
-    copySubframe(sf[2], tbl->subfr3);
+    uint8_t raw[3][30];
+    for (int i = 0; i < 3; i++) copySubframe(sf[i], raw[i]);
+    /* The same subframes into an untouched table: nothing would change. */
+    if (memo.holds(tbl) && std::memcmp(raw[0], tbl->subfr1, 30) == 0 &&
+        std::memcmp(raw[1], tbl->subfr2, 30) == 0 &&
+        std::memcmp(raw[2], tbl->subfr3, 30) == 0)
+        return 1;
+    std::memcpy(tbl->subfr1, raw[0], 30);
+    std::memcpy(tbl->subfr2, raw[1], 30);
+    std::memcpy(tbl->subfr3, raw[2], 30);
     tbl->actual = 1;
 
     const unsigned char* s1 = tbl->subfr1;
@@ -81,6 +88,7 @@ int OprGps_t::getTbl(tblOprGps_t* tbl) {
     tbl->omega = gpsValue(s3, kGpsSf3.omega);
     tbl->omegaDot = gpsValue(s3, kGpsSf3.omegaDot);
     tbl->idot = gpsValue(s3, kGpsSf3.idot);
+    memo.keep(tbl);
     return 1;
 }
 

@@ -6,6 +6,7 @@
 #ifndef ZELNAV_NAVINF_GPS_H
 #define ZELNAV_NAVINF_GPS_H
 
+#include "navinf_memo.h"
 #include "navinf_str.h"
 #include "tbl_nav.h"
 
@@ -22,6 +23,7 @@ public:
 
 private:
     NavInfStr_t sf[3];
+    NavMemo<tblOprGps_t> memo;
 };
 
 /* UTC parameters: subframe 4, page 18. */

@@ -45,28 +45,64 @@ int sectionAfter(const unsigned char* blk, unsigned int mask, int last) {
     return off;
 }
 
-/* Where bit number p of a field lies: byte * 8 + bit, or -1 when it lies
- * outside what the string keeps (such bits read as 0). */
-typedef int (*BitLocator)(int p);
+/* How a string kind numbers its bits. Bit number p is turned into q =
+ * p + shift; q % 8 is the bit within its byte (0 = least significant) and
+ * q / 8 the byte, counted upward from byte 0 or, for the kinds stored
+ * first-transmitted byte first, downward from byte `top`. Bits with q
+ * outside [qLo, qHi] lie outside what the string keeps and read as 0;
+ * both bounds fall on byte boundaries, so a byte is wholly in or out. */
+struct BitLayout {
+    int shift;
+    int qLo, qHi;
+    int top; /* -1: bytes counted upward */
+};
 
-int locateGeneric(int p) {
-    return p >= 1 ? p - 1 : -1;
-}
+const int kNoEnd = 0x3fffffff;
+
+/* Generic and VT: position p in byte (p - 1) / 8 at bit (p - 1) % 8. */
+const BitLayout kLayoutGeneric = {-1, 0, kNoEnd, -1};
 
 /* CT bit b in byte 10 - (b - 1) / 8 at bit (b - 1) % 8: bits 9..88 lie in
  * the ten kept bytes (86..88 are the always-zero top bits of byte 0); the
  * check bits 1..8 are not kept. */
-int locateCt(int b) {
-    if (b < 9 || b > 88) return -1;
-    return (10 - (b - 1) / 8) * 8 + (b - 1) % 8;
+const BitLayout kLayoutCt = {-1, 8, 87, 10};
+
+/* L3 bit b at index 300 - b counted from bit 7 of byte 0 downward, that is
+ * in byte 37 - (b + 3) / 8 at bit (b + 3) % 8; reads stop at the end of
+ * the status byte. */
+const BitLayout kLayoutL3 = {3, 0, kL3WithStatus * 8 - 1, kL3WithStatus - 1};
+
+inline unsigned int layoutByte(const unsigned char* data, const BitLayout& l,
+                               int q) {
+    return data[l.top < 0 ? q / 8 : l.top - q / 8];
 }
 
-/* L3 bit b at index 300 - b counted from bit 7 of byte 0 downward; reads
- * stop at the end of the status byte. */
-int locateL3(int b) {
-    int i = 300 - b;
-    if (i < 0 || i >= kL3WithStatus * 8) return -1;
-    return (i / 8) * 8 + (7 - i % 8);
+/* Up to 64 bits from bit number `pos` upward, the first being the least
+ * significant, taken a byte at a time. */
+unsigned long long readBits(const unsigned char* data, int pos, int n,
+                            const BitLayout& l) {
+    unsigned long long v = 0;
+    long long q = (long long)pos + l.shift;
+    int i = 0;
+    while (i < n) {
+        if (q < l.qLo) { /* below the kept bytes: zeros */
+            long long skip = l.qLo - q;
+            if (skip >= n - i) break;
+            i += (int)skip;
+            q = l.qLo;
+            continue;
+        }
+        if (q > l.qHi) break; /* beyond them: zeros to the end */
+        int at = (int)(q % 8);
+        int take = 8 - at;
+        if (take > n - i) take = n - i;
+        unsigned int bits = (layoutByte(data, l, (int)q) >> at) &
+                            ((1u << take) - 1u);
+        v |= (unsigned long long)bits << i;
+        i += take;
+        q += take;
+    }
+    return v;
 }
 
 /* The one field reader: `len` bits from bit number `pos` upward, the first
@@ -74,22 +110,14 @@ int locateL3(int b) {
  * sign. Magnitudes beyond 64 bits do not occur in any message; their upper
  * bits are not read. */
 double readField(const unsigned char* data, int pos, int len, bool sign,
-                 double scale, BitLocator where) {
+                 double scale, const BitLayout& l) {
     if (len < 1) return 0.0;
     int magBits = sign ? len - 1 : len;
-    unsigned long long mag = 0;
-    for (int i = 0; i < magBits && i < 64; i++) {
-        int at = where(pos + i);
-        if (at >= 0 && ((data[at / 8] >> (at % 8)) & 1))
-            mag |= 1ull << i;
-    }
+    unsigned long long mag = readBits(data, pos, magBits < 64 ? magBits : 64, l);
     double v = (double)mag * scale;
-    if (sign) {
-        int at = where(pos + len - 1);
-        /* Negation, not multiplication by -1 of an integer: a zero
-         * magnitude with the sign set stays -0.0. */
-        if (at >= 0 && ((data[at / 8] >> (at % 8)) & 1)) v = -v;
-    }
+    /* Negation, not multiplication by -1 of an integer: a zero magnitude
+     * with the sign set stays -0.0. */
+    if (sign && readBits(data, pos + len - 1, 1, l)) v = -v;
     return v;
 }
 
@@ -239,22 +267,22 @@ unsigned char NavInfStr_t::getSvid() const {
 
 double NavInfStr_t::GetValue(const unsigned char* data, int pos, int len,
                              bool sign, double scale) {
-    return readField(data, pos, len, sign, scale, locateGeneric);
+    return readField(data, pos, len, sign, scale, kLayoutGeneric);
 }
 
 double NavInfStr_t::GetValueCT(const unsigned char* data, int pos, int len,
                                bool sign, double scale) {
-    return readField(data, pos, len, sign, scale, locateCt);
+    return readField(data, pos, len, sign, scale, kLayoutCt);
 }
 
 double NavInfStr_t::GetValueVT(const unsigned char* data, int pos, int len,
                                bool sign, double scale) {
-    return readField(data, pos, len, sign, scale, locateGeneric);
+    return readField(data, pos, len, sign, scale, kLayoutGeneric);
 }
 
 double NavInfStr_t::GetValueL3(const unsigned char* data, int pos, int len,
                                bool sign, double scale) {
-    return readField(data, pos, len, sign, scale, locateL3);
+    return readField(data, pos, len, sign, scale, kLayoutL3);
 }
 
 int NavInfStr_t::Round(double x) {

@@ -18,29 +18,29 @@ namespace {
 
 /* ---- CT strings: bits 85 (first transmitted) .. 1, 11 bytes ---------- */
 
-const unsigned char kCtSet1[41] = {
+constexpr unsigned char kCtSet1[41] = {
     9,  10, 12, 13, 15, 17, 19, 20, 22, 24, 26, 28, 30, 32,
     34, 35, 37, 39, 41, 43, 45, 47, 49, 51, 53, 55, 57, 59,
     61, 63, 65, 66, 68, 70, 72, 74, 76, 78, 80, 82, 84};
-const unsigned char kCtSet2[41] = {
+constexpr unsigned char kCtSet2[41] = {
     9,  11, 12, 14, 15, 18, 19, 21, 22, 25, 26, 29, 30, 33,
     34, 36, 37, 40, 41, 44, 45, 48, 49, 52, 53, 56, 57, 60,
     61, 64, 65, 67, 68, 71, 72, 75, 76, 79, 80, 83, 84};
-const unsigned char kCtSet3[40] = {
+constexpr unsigned char kCtSet3[40] = {
     10, 11, 12, 16, 17, 18, 19, 23, 24, 25, 26, 31, 32, 33,
     34, 38, 39, 40, 41, 46, 47, 48, 49, 54, 55, 56, 57, 62,
     63, 64, 65, 69, 70, 71, 72, 77, 78, 79, 80, 85};
-const unsigned char kCtSet4[39] = {
+constexpr unsigned char kCtSet4[39] = {
     13, 14, 15, 16, 17, 18, 19, 27, 28, 29, 30, 31, 32, 33, 34, 42, 43, 44,
     45, 46, 47, 48, 49, 58, 59, 60, 61, 62, 63, 64, 65, 73, 74, 75, 76, 77,
     78, 79, 80};
-const unsigned char kCtSet5[36] = {
+constexpr unsigned char kCtSet5[36] = {
     20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31, 32, 33, 34, 50, 51, 52,
     53, 54, 55, 56, 57, 58, 59, 60, 61, 62, 63, 64, 65, 81, 82, 83, 84, 85};
-const unsigned char kCtSet6[31] = {
+constexpr unsigned char kCtSet6[31] = {
     35, 36, 37, 38, 39, 40, 41, 42, 43, 44, 45, 46, 47, 48, 49, 50, 51, 52,
     53, 54, 55, 56, 57, 58, 59, 60, 61, 62, 63, 64, 65};
-const unsigned char kCtSet7[20] = {
+constexpr unsigned char kCtSet7[20] = {
     66, 67, 68, 69, 70, 71, 72, 73, 74, 75, 76, 77, 78, 79, 80, 81, 82, 83,
     84, 85};
 
@@ -49,11 +49,71 @@ struct BitSet {
     int count;
 };
 
-const BitSet kCtSets[7] = {
+/* A set of string bits as a mask over the string's bytes loaded into two
+ * 64-bit words (byte j at bits 8 j .. 8 j + 7 of word j / 8), so that a
+ * check sum is the parity of a masked word pair. */
+struct WordMask {
+    unsigned long long w[2];
+};
+
+inline int parity64(unsigned long long x) {
+#if defined(__GNUC__)
+    return __builtin_parityll(x);
+#else
+    x ^= x >> 32;
+    x ^= x >> 16;
+    x ^= x >> 8;
+    x ^= x >> 4;
+    return (0x6996 >> (x & 15)) & 1;
+#endif
+}
+
+/* The string's bytes, little-endian into the two words. */
+inline WordMask loadWords(const unsigned char* bytes, int n) {
+    WordMask m = {{0, 0}};
+    for (int j = 0; j < n; j++)
+        m.w[j / 8] |= (unsigned long long)bytes[j] << (8 * (j % 8));
+    return m;
+}
+
+inline int maskedParity(const WordMask& s, const WordMask& m) {
+    return parity64((s.w[0] & m.w[0]) ^ (s.w[1] & m.w[1]));
+}
+
+constexpr BitSet kCtSets[7] = {
     {kCtSet1, 41}, {kCtSet2, 41}, {kCtSet3, 40}, {kCtSet4, 39},
     {kCtSet5, 36}, {kCtSet6, 31}, {kCtSet7, 20}};
 
 const int kCtLastBit = 85;
+const int kCtBytes = 11;
+
+/* Byte index * 8 + bit of CT string bit b: byte (88 - b) / 8, bit
+ * (8 - (89 - b) % 8) % 8. */
+constexpr int ctPlace(int b) { return (88 - b) / 8 * 8 + (8 - (89 - b) % 8) % 8; }
+
+constexpr void setPlace(WordMask& m, int place) {
+    m.w[place / 64] |= 1ull << (place % 64);
+}
+
+/* Check sum i covers check bit i and the bits of set i; the overall
+ * parity covers bits 1..85. */
+struct CtMasks {
+    WordMask sum[7];
+    WordMask all;
+};
+
+constexpr CtMasks makeCtMasks() {
+    CtMasks m = {};
+    for (int i = 0; i < 7; i++) {
+        setPlace(m.sum[i], ctPlace(i + 1));
+        for (int k = 0; k < kCtSets[i].count; k++)
+            setPlace(m.sum[i], ctPlace(kCtSets[i].pos[k]));
+    }
+    for (int b = 1; b <= kCtLastBit; b++) setPlace(m.all, ctPlace(b));
+    return m;
+}
+
+constexpr CtMasks kCtMasks = makeCtMasks();
 
 /* CT string bit b: byte (88 - b) / 8, bit (8 - (89 - b) % 8) % 8. */
 inline int ctBit(const unsigned char* str, int b) {
@@ -66,28 +126,47 @@ inline void ctFlip(unsigned char* str, int b) {
 
 /* ---- VT strings: positions 1..56, 7 bytes ---------------------------- */
 
-const unsigned char kVtSet1[24] = {8,  9,  11, 12, 14, 16, 18, 19,
-                                   21, 23, 25, 27, 29, 31, 33, 34,
-                                   36, 38, 40, 42, 44, 46, 48, 50};
-const unsigned char kVtSet2[23] = {8,  10, 11, 13, 14, 17, 18, 20,
-                                   21, 24, 25, 28, 29, 32, 33, 35,
-                                   36, 39, 40, 43, 44, 47, 48};
-const unsigned char kVtSet3[23] = {9,  10, 11, 15, 16, 17, 18, 22,
-                                   23, 24, 25, 30, 31, 32, 33, 37,
-                                   38, 39, 40, 45, 46, 47, 48};
-const unsigned char kVtSet4[23] = {
+constexpr unsigned char kVtSet1[24] = {8,  9,  11, 12, 14, 16, 18, 19,
+                                       21, 23, 25, 27, 29, 31, 33, 34,
+                                       36, 38, 40, 42, 44, 46, 48, 50};
+constexpr unsigned char kVtSet2[23] = {8,  10, 11, 13, 14, 17, 18, 20,
+                                       21, 24, 25, 28, 29, 32, 33, 35,
+                                       36, 39, 40, 43, 44, 47, 48};
+constexpr unsigned char kVtSet3[23] = {9,  10, 11, 15, 16, 17, 18, 22,
+                                       23, 24, 25, 30, 31, 32, 33, 37,
+                                       38, 39, 40, 45, 46, 47, 48};
+constexpr unsigned char kVtSet4[23] = {
     12, 13, 14, 15, 16, 17, 18, 26, 27, 28, 29, 30, 31, 32, 33, 41, 42, 43,
     44, 45, 46, 47, 48};
-const unsigned char kVtSet5[17] = {
+constexpr unsigned char kVtSet5[17] = {
     19, 20, 21, 22, 23, 24, 25, 26, 27, 28, 29, 30, 31, 32, 33, 49, 50};
-const unsigned char kVtSet6[17] = {
+constexpr unsigned char kVtSet6[17] = {
     34, 35, 36, 37, 38, 39, 40, 41, 42, 43, 44, 45, 46, 47, 48, 49, 50};
 
-const BitSet kVtSets[6] = {{kVtSet1, 24}, {kVtSet2, 23}, {kVtSet3, 23},
-                           {kVtSet4, 23}, {kVtSet5, 17}, {kVtSet6, 17}};
+constexpr BitSet kVtSets[6] = {{kVtSet1, 24}, {kVtSet2, 23}, {kVtSet3, 23},
+                               {kVtSet4, 23}, {kVtSet5, 17}, {kVtSet6, 17}};
 
 const int kVtLastBit = 50;
 const int kVtBytes = 7;
+
+/* VT position p is bit p - 1 of the string's bytes read little-endian. */
+struct VtMasks {
+    WordMask sum[6];
+    WordMask all;
+};
+
+constexpr VtMasks makeVtMasks() {
+    VtMasks m = {};
+    for (int i = 0; i < 6; i++) {
+        setPlace(m.sum[i], i);
+        for (int k = 0; k < kVtSets[i].count; k++)
+            setPlace(m.sum[i], kVtSets[i].pos[k] - 1);
+    }
+    for (int p = 1; p <= kVtLastBit; p++) setPlace(m.all, p - 1);
+    return m;
+}
+
+constexpr VtMasks kVtMasks = makeVtMasks();
 
 /* Position p of the byte-reversed copy: byte (56 - p) / 8, bit
  * (8 - (57 - p) % 8) % 8 -- the same bit as position p of the string,
@@ -184,15 +263,13 @@ bool NavInfStr_t::ishemOkGloCt(unsigned char* str, unsigned char* flags,
      * code is looked at, and no flag is raised. */
     if ((str[0] & 15) == 0) return false;
 
+    /* Each check sum is the parity of the string under its mask: the same
+     * sums calcHemGloCt forms bit by bit, a word at a time. */
+    const WordMask w = loadWords(str, kCtBytes);
     unsigned char syndrome = 0;
-    for (int i = 1; i <= 7; i++) {
-        unsigned char c = calcHemGloCt(str, kCtSets[i - 1].pos,
-                                       kCtSets[i - 1].count,
-                                       (unsigned char)ctBit(str, i));
-        syndrome |= (unsigned char)(c << (i - 1));
-    }
-    unsigned char parity = 0;
-    for (int b = 1; b <= kCtLastBit; b++) parity ^= (unsigned char)ctBit(str, b);
+    for (int i = 0; i < 7; i++)
+        syndrome |= (unsigned char)(maskedParity(w, kCtMasks.sum[i]) << i);
+    const unsigned char parity = (unsigned char)maskedParity(w, kCtMasks.all);
 
     int e = 0;
     Verdict v = judge(syndrome, 7, parity, 8, kCtLastBit, &e);
@@ -212,19 +289,13 @@ unsigned char NavInfStr_t::calcHemGloVt(const unsigned char* rev,
 
 bool NavInfStr_t::ishemOkGloVt(unsigned char* str, unsigned char* flags,
                                bool correct) {
-    unsigned char rev[kVtBytes];
-    for (int j = 0; j < kVtBytes; j++) rev[j] = str[kVtBytes - 1 - j];
-
+    /* calcHemGloVt works on a byte-reversed copy; the masks number the
+     * positions of the string itself, which are the same bits. */
+    const WordMask w = loadWords(str, kVtBytes);
     unsigned char syndrome = 0;
-    for (int i = 1; i <= 6; i++) {
-        unsigned char c = calcHemGloVt(rev, kVtSets[i - 1].pos,
-                                       kVtSets[i - 1].count,
-                                       (unsigned char)vtRevBit(rev, i));
-        syndrome |= (unsigned char)(c << (i - 1));
-    }
-    unsigned char parity = 0;
-    for (int p = 1; p <= kVtLastBit; p++)
-        parity ^= (unsigned char)vtRevBit(rev, p);
+    for (int i = 0; i < 6; i++)
+        syndrome |= (unsigned char)(maskedParity(w, kVtMasks.sum[i]) << i);
+    const unsigned char parity = (unsigned char)maskedParity(w, kVtMasks.all);
 
     int e = 0;
     Verdict v = judge(syndrome, 6, parity, 7, kVtLastBit, &e);

@@ -82,13 +82,19 @@ int crdsat_t::gloSteps(double tau) {
  */
 void crdsat_t::calc_F(double* r, double* accLS, double* acc) {
     const double x = r[0], y = r[1], z = r[2];
-    const double rr = std::sqrt(x * x + y * y + z * z);
-    const double r3 = std::pow(rr, 3.0);
-    const double r5 = std::pow(rr, 5.0);
-    const double zr = 5.0 * z * z / (rr * rr);
-    acc[0] = -kGM * x / r3 - kJ2x1_5 * kGMae2 * x / r5 * (1.0 - zr) + accLS[0];
-    acc[1] = -kGM * y / r3 - kJ2x1_5 * kGMae2 * y / r5 * (1.0 - zr) + accLS[1];
-    acc[2] = -kGM * z / r3 - kJ2x1_5 * kGMae2 * z / r5 * (3.0 - zr) + accLS[2];
+    /* r^3 and r^5 as products of r^2 and r (pow with a constant exponent
+     * costs as much as the rest of the step), and the two field strengths
+     * divided out once for the three axes. */
+    const double r2 = x * x + y * y + z * z;
+    const double rr = std::sqrt(r2);
+    const double r3 = r2 * rr;
+    const double r5 = r3 * r2;
+    const double central = kGM / r3;
+    const double j2 = kJ2x1_5 * kGMae2 / r5;
+    const double zr = 5.0 * z * z / r2;
+    acc[0] = -central * x - j2 * x * (1.0 - zr) + accLS[0];
+    acc[1] = -central * y - j2 * y * (1.0 - zr) + accLS[1];
+    acc[2] = -central * z - j2 * z * (3.0 - zr) + accLS[2];
 }
 
 int crdsat_t::calcCrdGlo(unsigned int tm, tblHdr_t* hdr, tblObs_t* obs,
