@@ -113,7 +113,7 @@ TEST(RaimSat, GpsSearchesTheWholePrediction) {
     raim.raimUmGps(&s.lst, &s.prg, 15.0);
     EXPECT_EQ(s.verdicts(1), "k-k-k");
     EXPECT_EQ(std::memcmp(&hdr0, &s.hdr[1][1], sizeof hdr0), 0);
-    EXPECT_EQ(s.obs[1][1].psvd[0], psvd0);
+    EXPECT_EQ(+s.obs[1][1].psvd[0], psvd0);
 
     s.prg.numPrg = 0;
     raim.raimUmGps(&s.lst, &s.prg, 15.0);
@@ -161,8 +161,8 @@ TEST(RaimSat, ModeSelectsTheSystemsAndOrdersTheSteps) {
             const bool on = sys == 0 ? glo : gps;
             /* The kept satellite is shifted; the dropped one is neither
              * shifted nor sampled by the clock check. */
-            EXPECT_DOUBLE_EQ(s.obs[sys][0].psvd[1], ref.obs[sys][0].psvd[1] - (on ? kC * dt : 0.0));
-            EXPECT_EQ(s.obs[sys][1].psvd[1], ref.obs[sys][1].psvd[1]);
+            EXPECT_DOUBLE_EQ(+s.obs[sys][0].psvd[1], +ref.obs[sys][0].psvd[1] - (on ? kC * dt : 0.0));
+            EXPECT_EQ(+s.obs[sys][1].psvd[1], +ref.obs[sys][1].psvd[1]);
             const int blk4 = sys == 0 ? 3 : RAIM_NUM_GLO + 3;
             EXPECT_EQ(raim.getTmBlk(blk4)->tag[1000 % RAIM_SPAN], on ? 1000u : 0u) << mode;
             EXPECT_EQ(raim.getTmBlk(blk4 + 2)->tag[1000 % RAIM_SPAN], 0u) << mode;

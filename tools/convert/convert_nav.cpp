@@ -234,7 +234,7 @@ void NavData::dropMisfiledGlo() {
     std::map<int, double> usual;
     for (const auto& kv : glo_) {
         std::vector<double> tau;
-        for (const GloRecord& r : kv.second) tau.push_back(r.tbl.tauN);
+        for (const GloRecord& r : kv.second) tau.push_back(double(r.tbl.tauN));  /* packed: copy, never bind */
         if (tau.empty()) continue;
         std::nth_element(tau.begin(), tau.begin() + tau.size() / 2, tau.end());
         usual[kv.first] = tau[tau.size() / 2];
