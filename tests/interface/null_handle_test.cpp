@@ -8,6 +8,8 @@
  */
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <set>
 #include <string>
 
 #include "zel.h"
@@ -74,6 +76,12 @@ const NullCall kCalls[] = {
 };
 #undef N
 
+std::string nameOf(const std::string& signature) {
+    std::size_t open = signature.find('(');
+    std::size_t start = signature.rfind(' ', open) + 1;
+    return signature.substr(start, open - start);
+}
+
 /* The signature as a literal part of a regular expression. */
 std::string literal(const char* text) {
     std::string out;
@@ -93,10 +101,27 @@ TEST_P(NullHandleDeathTest, AssertsWithTheSignature) {
 
 INSTANTIATE_TEST_SUITE_P(Zel, NullHandleDeathTest, testing::ValuesIn(kCalls),
                          [](const testing::TestParamInfo<NullCall>& info) {
-                             std::string s = info.param.signature;
-                             std::size_t open = s.find('(');
-                             return s.substr(s.rfind(' ', open) + 1,
-                                             open - s.rfind(' ', open) - 1);
+                             return nameOf(info.param.signature);
                          });
+
+/* Every exported function but the constructors and the three time
+ * functions takes a handle, and so has its line above. */
+TEST(NullHandle, EveryExportedFunctionWithAHandleIsListed) {
+    std::ifstream in(ZELNAV_DATA_DIR "/../tests/interface/exported_symbols.txt");
+    ASSERT_TRUE(in.good());
+    std::set<std::string> listed;
+    for (const NullCall& c : kCalls) listed.insert(nameOf(c.signature));
+    std::string name;
+    int withHandle = 0;
+    while (std::getline(in, name)) {
+        if (name.empty() || name[0] == '#' || name == "tmZelToDate" || name == "getTmZel" ||
+            name == "DateAlmGloToDate" || name.size() < 5 ||
+            name.compare(name.size() - 5, 5, "_init") == 0)
+            continue;
+        withHandle++;
+        EXPECT_EQ(listed.count(name), 1u) << name << " has no null-handle case";
+    }
+    EXPECT_EQ(withHandle, (int)listed.size());
+}
 
 }  // namespace
