@@ -13,8 +13,9 @@
  *   crdpnt      every fix within 30 m of the station's known position, a
  *               small speed, the GLONASS fix with a given clock offset;
  *   raim        the clean log passes: verdict 0, nothing excluded;
- *   prgns       the log's almanacs predict a non-empty sky that holds the
- *               tracked satellites, the same through its three calls;
+ *   prgns       the log's almanac, of the log's day, predicts a sky that
+ *               holds the tracked satellites, the same through its three
+ *               calls;
  *   filter      smoothing bound to the epoch's GLONASS satellites and
  *               close to the measurements, static averaging converging on
  *               the station, the position filter's record.
@@ -138,6 +139,11 @@ static void predict(int* prg, lsttblSat_t* lst, unsigned int tm, Tally* t) {
     void* gps = prgns_getAlmanGps(prg, lst, &tp);
     check(prgns_getAlmanGps0(prg, lst) == gps, "prgns_getAlmanGps0: another table");
     if (prgns_getnumalmglo(prg) == 255) return;
+    const tblAlmGlo_t* a = (const tblAlmGlo_t*)glo;
+    unsigned int day[3] = {0, 0, 0};
+    DateAlmGloToDate(a->n4, (int)a->na, day);
+    check(a->actual == 1 && day[0] == 2024 && day[1] == 1 && day[2] == 1,
+          "GLONASS almanac of %u-%u-%u, not of the log's day", day[0], day[1], day[2]);
 
     lsttblPrgSat* sky = (lsttblPrgSat*)prgns_get1(prg, lst);
     uint32_t n = sky->numPrg;
