@@ -48,7 +48,13 @@ static void check(int ok, const char* fmt, ...) {
     va_end(ap);
 }
 
-static double dist(const double* a, const double* b) {
+/* Distance of two points. The records are packed to 4 bytes, so their
+ * triplets may sit off an 8-byte boundary: they are copied, not read
+ * through a double pointer. */
+static double dist(const void* pa, const void* pb) {
+    double a[3], b[3];
+    memcpy(a, pa, sizeof a);
+    memcpy(b, pb, sizeof b);
     double dx = a[0] - b[0], dy = a[1] - b[1], dz = a[2] - b[2];
     return sqrt(dx * dx + dy * dy + dz * dz);
 }
