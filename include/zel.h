@@ -110,13 +110,13 @@ ZEL_API void filter_finit(int* h);
 /* Starts the averaging of a receiver at rest. k: end gains of X, Y, Z,
  * clock and time offset (the last only in mode 10); nMax: epochs over
  * which the gain falls to k; dopMax: DOP limit in whole units; mode: 0
- * GLONASS, 1 GPS, 10 both. Returns 0, or -1..-8 for a rejected argument. */
-ZEL_API signed char initStatic(int* h, double* pos, unsigned int t0, double* k,
-                               unsigned int nMax, unsigned int dopMax,
-                               unsigned char mode);
+ * GLONASS, 1 GPS, 10 both. Returns 0, or -1..-8 for a rejected argument
+ * (plain char, signed on the x86 ABIs; read it as signed char). */
+ZEL_API char initStatic(int* h, double* pos, unsigned int t0, double* k, unsigned int nMax,
+                        unsigned int dopMax, unsigned char mode);
 /* Averages one solution in; 0 when `rec` was rewritten with the average,
  * -1..-8 otherwise. */
-ZEL_API signed char staticFilter(int* h, tblCrdPnt_t* rec, unsigned int t);
+ZEL_API char staticFilter(int* h, tblCrdPnt_t* rec, unsigned int t);
 /* Smooths the GLONASS observations of the list in place. */
 ZEL_API void KalmanFilterObs0(int* h, lsttblSat_t* lst);
 /* Smooths the GLONASS observations; returns the lsttblKalmanObs_t* of the

@@ -17,18 +17,18 @@ ZEL_API void filter_finit(int* h) {
     delete filterOf(h);
 }
 
-ZEL_API signed char initStatic(int* h, double* pos, unsigned int t0, double* k,
-                               unsigned int nMax, unsigned int dopMax,
-                               unsigned char mode) {
+/* The interface returns the filter's signed codes as plain char. */
+ZEL_API char initStatic(int* h, double* pos, unsigned int t0, double* k, unsigned int nMax,
+                        unsigned int dopMax, unsigned char mode) {
     ZEL_ASSERT(h != nullptr, "false", "zel",
                "char initStatic(int*, double*, unsigned int, double*, unsigned int, "
                "unsigned int, unsigned char)");
-    return filterOf(h)->InitStatic(pos, t0, k, nMax, dopMax, mode);
+    return (char)filterOf(h)->InitStatic(pos, t0, k, nMax, dopMax, mode);
 }
 
-ZEL_API signed char staticFilter(int* h, tblCrdPnt_t* rec, unsigned int t) {
+ZEL_API char staticFilter(int* h, tblCrdPnt_t* rec, unsigned int t) {
     ZEL_ASSERT(h != nullptr, "false", "zel", "char staticFilter(int*, tblCrdPnt_t*, unsigned int)");
-    return filterOf(h)->StaticFilter(rec, t);
+    return (char)filterOf(h)->StaticFilter(rec, t);
 }
 
 ZEL_API void KalmanFilterObs0(int* h, lsttblSat_t* lst) {

@@ -1,4 +1,7 @@
-# Compares the functions the shared library exports with the expected list.
+# Compares what the shared library exports with the expected list: every
+# defined dynamic symbol counts, functions or data, strong or weak, so an
+# inline function or a static object that escaped the hidden visibility
+# shows up as unexpected.
 find_program(NM nm REQUIRED)
 execute_process(COMMAND ${NM} -D --defined-only ${LIB}
   OUTPUT_VARIABLE out RESULT_VARIABLE rc)
@@ -8,7 +11,7 @@ endif()
 string(REPLACE "\n" ";" lines "${out}")
 set(found "")
 foreach(line IN LISTS lines)
-  if(line MATCHES "^[0-9a-fA-F]+ [TW] ([^ ]+)$")
+  if(line MATCHES "^[0-9a-fA-F]* *[A-Za-z] ([^ ]+)$")
     set(sym ${CMAKE_MATCH_1})
     if(NOT sym MATCHES "^_(init|fini)$")
       list(APPEND found ${sym})
@@ -26,4 +29,4 @@ if(NOT found STREQUAL expected)
   message(FATAL_ERROR "exported functions differ\n  unexpected: ${extra}\n  missing: ${missing}")
 endif()
 list(LENGTH found n)
-message(STATUS "${n} exported functions, as expected")
+message(STATUS "${n} exported symbols, as expected")

@@ -66,15 +66,3 @@ TEST(ConverterApi, EpochTimeOfAListPrefersGlonass) {
     EXPECT_EQ(getTmZel(l), kT0 + 4);
     cnvx0c_finit(h);
 }
-
-TEST(ConverterApiDeathTest, NullHandleStopsWithTheFunctionsSignature) {
-    std::vector<uint8_t> m = x0c::buildMessage(header(kT0 + 3), {});
-    EXPECT_DEATH(cnvx0c_finit(nullptr),
-                 "zel:[0-9]+: void cnvx0c_finit\\(int\\*\\): Assertion `false' failed");
-    EXPECT_DEATH(cnvx0c_upx0c(nullptr, m.data()),
-                 "zel:[0-9]+: void\\* cnvx0c_upx0c\\(int\\*, void\\*\\): Assertion `false' failed");
-    EXPECT_DEATH(cnvx0c_getTblGpsUtc(nullptr),
-                 "zel:[0-9]+: void\\* cnvx0c_getTblGpsUtc\\(int\\*\\): Assertion `false' failed");
-    EXPECT_DEATH(cnvx0c_clear(nullptr),
-                 "zel:[0-9]+: void cnvx0c_clear\\(int\\*\\): Assertion `false' failed");
-}

@@ -43,16 +43,4 @@ TEST(ZelCrdpnt, ForwardsAndKeepsHandlesApart) {
     crdpnt_finit(a);
 }
 
-TEST(ZelCrdpntDeathTest, NullHandleAsserts) {
-    Epoch ep;
-    EXPECT_DEATH(crdpnt_finit(nullptr), "zel.*void crdpnt_finit\\(int\\*\\).*false");
-    EXPECT_DEATH(crdpnt_set(nullptr, 0), "zel.*void crdpnt_set\\(int\\*, int\\).*false");
-    EXPECT_DEATH(crdpnt_get(nullptr, &ep.lst),
-                 "zel.*void\\* crdpnt_get\\(int\\*, void\\*\\).*false");
-    EXPECT_DEATH(crdpnt_getSpd(nullptr), "zel.*void\\* crdpnt_getSpd\\(int\\*\\).*false");
-    EXPECT_DEATH(crdpnt_getTau(nullptr, &ep.lst, 0.0),
-                 "zel.*void\\* crdpnt_getTau\\(int\\*, void\\*, double\\).*false");
-    EXPECT_DEATH(crdpnt_clear(nullptr), "zel.*void crdpnt_clear\\(int\\*\\).*false");
-}
-
 }  // namespace

@@ -35,22 +35,4 @@ TEST(ZelCrdsat, ForwardsToTheObjectBehindTheHandle) {
     crdsat_finit(h);
 }
 
-TEST(ZelCrdsatDeathTest, NullHandleAsserts) {
-    lsttblSat_t empty = {};
-    double pnt[3] = {0, 0, 0};
-    EXPECT_DEATH(crdsat_finit(nullptr),
-                 "zel.*void crdsat_finit\\(int\\*\\).*false");
-    EXPECT_DEATH(crdsat_get(nullptr, &empty, 0, 0),
-                 "zel.*void\\* crdsat_get\\(int\\*, void\\*, unsigned int, int\\).*false");
-    EXPECT_DEATH(crdsat_getGlo(nullptr, &empty, 0, 0, 1),
-                 "zel.*void\\* crdsat_getGlo\\(int\\*, void\\*, unsigned int, int, "
-                 "int\\).*false");
-    EXPECT_DEATH(crdsat_getGps(nullptr, &empty, 0, 0),
-                 "zel.*void\\* crdsat_getGps\\(int\\*, void\\*, unsigned int, int\\).*false");
-    EXPECT_DEATH(crdsat_setPnt(nullptr, pnt, 0, 0),
-                 "zel.*void crdsat_setPnt\\(int\\*, double\\*, unsigned int, unsigned "
-                 "int\\).*false");
-    EXPECT_DEATH(crdsat_clear(nullptr), "zel.*void crdsat_clear\\(int\\*\\).*false");
-}
-
 }  // namespace

@@ -28,16 +28,3 @@ TEST(ZelRaim, ForwardsThroughTheHandle) {
     EXPECT_EQ(raimComb(h, &ep.lst, &pnt, 100.0, 1), -128);
     raim_finit(h);
 }
-
-TEST(ZelRaimDeathTest, NullHandleAsserts) {
-    tblCrdPnt_t pnt;
-    std::memset(&pnt, 0, sizeof pnt);
-    lsttblCrdSat_t lst = {16, nullptr, 0, 0};
-    EXPECT_DEATH(raim_finit(nullptr), "zel.*void raim_finit\\(int\\*\\).*false");
-    EXPECT_DEATH(raimComb(nullptr, &lst, &pnt, 100.0, 10),
-                 "int raimComb\\(int\\*, lsttblCrdSat_t\\*, tblCrdPnt_t\\*, double, int\\).*false");
-    EXPECT_DEATH(raimTau(nullptr, &lst, &pnt),
-                 "double raimTau\\(int\\*, lsttblCrdSat_t\\*, tblCrdPnt_t\\*\\).*false");
-    EXPECT_DEATH(raimStats(nullptr, &lst, &pnt),
-                 "double raimStats\\(int\\*, lsttblCrdSat_t\\*, tblCrdPnt_t\\*\\).*false");
-}
