@@ -185,9 +185,3 @@ TEST(RaimSat, ExportedForwarder) {
     EXPECT_EQ(s.verdicts(1), "-");
     raim_finit(h);
 }
-
-TEST(RaimSatDeathTest, NullHandleAsserts) {
-    EXPECT_DEATH(raimSat(nullptr, nullptr, nullptr, 0u, 0.0, 0.0, 10u),
-                 "zel.*void raimSat\\(int\\*, void\\*, void\\*, unsigned int, double, double, "
-                 "unsigned int\\).*false");
-}

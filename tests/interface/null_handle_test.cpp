@@ -59,6 +59,8 @@ const NullCall kCalls[] = {
     {"void crdpnt_clear(int*)", [] { crdpnt_clear(N); }},
 
     {"void raim_finit(int*)", [] { raim_finit(N); }},
+    {"void raimSat(int*, void*, void*, unsigned int, double, double, unsigned int)",
+     [] { raimSat(N, N, N, 0, 0.0, 0.0, 10); }},
     {"int raimComb(int*, lsttblCrdSat_t*, tblCrdPnt_t*, double, int)",
      [] { raimComb(N, N, N, 100.0, 10); }},
     {"double raimTau(int*, lsttblCrdSat_t*, tblCrdPnt_t*)", [] { raimTau(N, N, N); }},
