@@ -118,63 +118,6 @@ void expectOnlyEmptyMarked(const tblAlmGpsSat_t& got, int prn) {
 
 }  // namespace
 
-TEST(AlmGps, WholeCycleRoundTrip) {
-    /* the receiver repeats each subframe in the six messages after its
-     * end: the latest delivery counts */
-    CycleRun r;
-    r.deliveries = 6;
-    AlmGps_t c;
-    r.cycle(c);
-    ASSERT_TRUE(c.isCmplt());
-    tblAlmGps_t got = sentinelTable();
-    EXPECT_EQ(c.getTbl(&got), 1);
-    EXPECT_EQ(got.length, 0xA5A5); /* the owner's field */
-    EXPECT_EQ(got.actual, 1);
-    EXPECT_EQ(got.toa, r.alm.toa);
-    EXPECT_EQ(got.wna, r.alm.wna);
-    EXPECT_EQ(got.tmResived, r.tmHealth5);
-    for (int k = 0; k < 32; k++) {
-        if (r.alm.alm[k].onEmpty)
-            expectOnlyEmptyMarked(got.alm[k], k + 1);
-        else
-            expectEntry(got.alm[k], r.alm.alm[k], k + 1);
-    }
-
-    /* the next cycle's first subframe 1 starts over */
-    uint8_t sf1[30];
-    x0c::gpsEncodeSf1(r.eph, -1, -1, kCycle + 750 + 6, sf1);
-    gpstest::feed(c, kPrn, sf1, r.tmHealth5 + 6);
-    EXPECT_FALSE(c.isCmplt());
-}
-
-TEST(AlmGps, EmptyEntries) {
-    /* PRN 5's page is a dummy (SV ID 0) while its health says healthy;
-     * PRN 7 has a real page but health 63 in the health page; PRN 27
-     * (subframe 4 health page) likewise. */
-    CycleRun r;
-    AlmGps_t c;
-    r.cycle(c, [&](const x0c::GpsSlot& s, uint8_t* sf, unsigned&) {
-        if (s.subframe == 5 && s.page == 5)
-            x0c::gpsEncodeFillerPage(5, 0, s.towEnd, sf);
-        if (s.page == 25) {
-            const GpsField& f =
-                s.subframe == 5 ? kGpsHealth.health[6] : kGpsHealth.health[26];
-            x0c::putBits(sf, f.pos, f.len, 63);
-        }
-        return true;
-    });
-    ASSERT_TRUE(c.isCmplt());
-    tblAlmGps_t got = sentinelTable();
-    EXPECT_EQ(c.getTbl(&got), 1);
-    EXPECT_EQ(got.actual, 1);
-    for (int prn : {5, 7, 27, 31}) expectOnlyEmptyMarked(got.alm[prn - 1], prn);
-    expectEntry(got.alm[5], r.alm.alm[5], 6);
-    expectEntry(got.alm[25], r.alm.alm[25], 26);
-
-    c.clear();
-    EXPECT_FALSE(c.isCmplt());
-}
-
 TEST(AlmGps, PagesAreFiledByTheCounter) {
     CycleRun r;
     tblAlmGpsSat_t bogus = r.alm.alm[24];
