@@ -12,37 +12,6 @@ namespace {
  * 8-byte boundary; the test macros bind references, so such fields are
  * read as values (unary +). */
 
-/* The assertion message of a null handle, escaped for the death-test
- * regular expression. */
-std::string stops(const char* signature) {
-    std::string re = "zel:[0-9]+: ";
-    for (const char* c = signature; *c; c++) {
-        if (std::strchr("()*[]{}.+?^$|\\", *c)) re += '\\';
-        re += *c;
-    }
-    return re + ": Assertion `false' failed";
-}
-
-TEST(ZelFilterDeathTest, NullHandleStops) {
-    double pos[3] = {0, 0, 0};
-    double k[5] = {1, 1, 1, 1, 1};
-    tblCrdPnt_t rec;
-    std::memset(&rec, 0, sizeof rec);
-    GloList l;
-    EXPECT_DEATH(filter_finit(nullptr), stops("void filter_finit(int*)"));
-    EXPECT_DEATH(initStatic(nullptr, pos, 1, k, 1, 1, 0),
-                 stops("char initStatic(int*, double*, unsigned int, double*, unsigned int, "
-                       "unsigned int, unsigned char)"));
-    EXPECT_DEATH(staticFilter(nullptr, &rec, 1),
-                 stops("char staticFilter(int*, tblCrdPnt_t*, unsigned int)"));
-    EXPECT_DEATH(KalmanFilterObs0(nullptr, &l.lst),
-                 stops("void KalmanFilterObs0(int*, lsttblSat_t*)"));
-    EXPECT_DEATH(KalmanFilterObs(nullptr, &l.lst),
-                 stops("void* KalmanFilterObs(int*, lsttblSat_t*)"));
-    EXPECT_DEATH(KalmanFilterCrdPnt0(nullptr, 1, &rec),
-                 stops("void* KalmanFilterCrdPnt0(int*, unsigned int, tblCrdPnt_t*)"));
-}
-
 TEST(ZelFilter, HandlesForwardToTheirOwnFilters) {
     int* a = static_cast<int*>(filter_init());
     int* b = static_cast<int*>(filter_init());
