@@ -9,45 +9,15 @@
 #include <string>
 
 #include "prgns_list.h"
-#include "prgns_real.h"
+#include "prgns_sky.h"
 #include "zel.h"
 
 namespace {
 
-/* The assertion message of a null handle, escaped for the death-test
- * regular expression. */
-std::string stops(const char* signature) {
-    std::string re = "zel:[0-9]+: ";
-    for (const char* c = signature; *c; c++) {
-        if (std::strchr("()*[]{}.+?^$|\\", *c)) re += '\\';
-        re += *c;
-    }
-    return re + ": Assertion `false' failed";
-}
-
 }  // namespace
 
-TEST(ZelPrgnsDeathTest, NullHandleStops) {
-    double pos[3] = {0, 0, 0};
-    EXPECT_DEATH(prgns_finit(nullptr), stops("void prgns_finit(int*)"));
-    EXPECT_DEATH(prgns_getAlmanGlo(nullptr, nullptr), stops("void* prgns_getAlmanGlo(int*, void*)"));
-    EXPECT_DEATH(prgns_getAlmanGps(nullptr, nullptr, nullptr),
-                 stops("void* prgns_getAlmanGps(int*, void*, void*)"));
-    EXPECT_DEATH(prgns_getAlmanGps0(nullptr, nullptr), stops("void* prgns_getAlmanGps0(int*, void*)"));
-    EXPECT_DEATH(prgns_get0(nullptr, nullptr, nullptr, nullptr, 1),
-                 stops("void* prgns_get0(int*, void*, void*, void*, unsigned int)"));
-    EXPECT_DEATH(prgns_get1(nullptr, nullptr), stops("void* prgns_get1(int*, void*)"));
-    EXPECT_DEATH(prgns_get2(nullptr, nullptr, nullptr, 1, 18),
-                 stops("void* prgns_get2(int*, void*, void*, unsigned int, int)"));
-    EXPECT_DEATH(prgns_set(nullptr, pos, 0, 0, 0),
-                 stops("void prgns_set(int*, double*, unsigned int, unsigned int, unsigned int)"));
-    EXPECT_DEATH(prgns_clear(nullptr), stops("void prgns_clear(int*)"));
-    EXPECT_DEATH(prgns_getnumalmglo(nullptr), stops("unsigned char prgns_getnumalmglo(int*)"));
-    EXPECT_DEATH(prgns_getnumalmgps(nullptr), stops("unsigned char prgns_getnumalmgps(int*)"));
-}
-
 TEST(ZelPrgns, HandlesReachTheirOwnPredictor) {
-    using namespace prgns_real;
+    using namespace prgns_sky;
     int* a = static_cast<int*>(prgns_init());
     int* b = static_cast<int*>(prgns_init());
     ASSERT_NE(a, nullptr);
