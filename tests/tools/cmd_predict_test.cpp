@@ -33,21 +33,6 @@ int run(std::vector<std::string> args, std::string* out = nullptr) {
 
 }  // namespace
 
-TEST(CmdPredict, CommandLine) {
-    const std::string log = convertedLog().path;
-    ASSERT_TRUE(convertedLog().ok);
-    EXPECT_EQ(run({}), 2);                                   // no log
-    EXPECT_EQ(run({log}), 2);                                // no --at
-    EXPECT_EQ(run({log, "--at", "noon"}), 2);
-    EXPECT_EQ(run({log, "--at", "18:10", "--mask", "91"}), 2);
-    EXPECT_EQ(run({log, "--at", "18:10", "--pos", "43.5,1.4"}), 2);
-    EXPECT_EQ(run({"/nonexistent/x.zlog", "--at", "18:10"}), 1);
-    EXPECT_EQ(run({log, "--at", "18:10", "--sky", "/nonexistent/dir/sky.svg"}), 1);
-    std::string help;
-    EXPECT_EQ(run({"--help"}, &help), 0);
-    EXPECT_NE(help.find("usage: zelnav predict"), std::string::npos);
-}
-
 TEST(CmdPredict, ReportAndSkyPlot) {
     ASSERT_TRUE(convertedLog().ok);
     char name[] = "/tmp/zelnav_sky_svg_XXXXXX";

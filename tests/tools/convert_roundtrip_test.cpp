@@ -95,34 +95,6 @@ TEST_F(RoundTrip1s, EverySecondIsAMessageAndNoSatelliteIsLost) {
     EXPECT_EQ(double(l->meteo->humidity), 50.0);
 }
 
-TEST_F(RoundTrip1s, HeaderFlagsStayClearInEveryBlock) {
-    convtest::Intake in;
-    long gloBlocks = 0, vtBlocks = 0;
-    for (const convtest::Message& m : conv_->msgs) {
-        lsttblSat_t* l = in.feed(m.bytes);
-        for (uint32_t i = 0; i < l->numGps; i++) {
-            int prn = l->tblGps[i].tblHdr->num;
-            ASSERT_EQ(convtest::gpsNavFlag(*conv_->conv, prn, getTmZel(l)), 0) << "G" << prn;
-            ASSERT_EQ(l->tblGps[i].tblHdr->badNavInfCt, 0) << "G" << prn;
-        }
-        for (uint32_t i = 0; i < l->numGlo; i++) {
-            const tblSatGlo& g = l->tblGlo[i];
-            gloBlocks++;
-            ASSERT_EQ(g.tblHdr->badNavInfCt, 0) << "R" << (int)g.tblHdr->num;
-            ASSERT_EQ(g.tblHdr->badNavInfL3, 0);
-            /* The VT string rides with B1 only: without B1 it is "not
-             * taken", never out of order or failed. */
-            if (g.tblObs->actual[2]) {
-                vtBlocks++;
-                ASSERT_EQ(g.tblHdr->badNavInfVt, 0) << "R" << (int)g.tblHdr->num;
-            } else {
-                ASSERT_EQ(g.tblHdr->badNavInfVt, 16);
-            }
-        }
-    }
-    EXPECT_GT(vtBlocks, gloBlocks / 2);
-}
-
 TEST_F(RoundTrip1s, DecodedGpsEphemeridesAreTheFilesToTheBroadcastStep) {
     convtest::Intake in;
     std::set<int> complete;

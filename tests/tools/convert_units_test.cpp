@@ -67,46 +67,6 @@ TEST(ConvertTime, GlonassDaysAgreeWithTheLibrarysAlmanacDates) {
     }
 }
 
-TEST(ConvertTime, CommandLineTimes) {
-    int64_t t = 0;
-    bool tod = false;
-    ASSERT_TRUE(cvt::parseCivil("2024-01-01 12:00:00", t, tod));
-    EXPECT_FALSE(tod);
-    EXPECT_EQ(t, at(2024, 1, 1, 12));
-    ASSERT_TRUE(cvt::parseCivil("2024-01-01T18:20", t, tod));
-    EXPECT_EQ(t, at(2024, 1, 1, 18, 20));
-    ASSERT_TRUE(cvt::parseCivil("18:20:30", t, tod));
-    EXPECT_TRUE(tod);
-    EXPECT_EQ(t, 18 * 3600 + 20 * 60 + 30);
-    for (const char* bad : {"", "12", "25:00", "12:60", "2024-13-01 00:00:00", "2024-02-30 00:00",
-                            "12:00:00x", "2024-01-01 12:00:00 ", "2024-01-01_12:00"})
-        EXPECT_FALSE(cvt::parseCivil(bad, t, tod)) << "'" << bad << "'";
-}
-
-TEST(ConvertMeteo, StandardAtmosphere) {
-    cvt::Meteo sea = cvt::standardAtmosphere(0);
-    EXPECT_DOUBLE_EQ(sea.temperature, 15.0);
-    EXPECT_DOUBLE_EQ(sea.pressure, 1013.25);
-    EXPECT_DOUBLE_EQ(sea.humidity, 50.0);
-    cvt::Meteo km = cvt::standardAtmosphere(1000);
-    EXPECT_NEAR(km.temperature, 8.5, 1e-12);
-    EXPECT_NEAR(km.pressure, 898.75, 0.05);
-    EXPECT_NEAR(cvt::standardAtmosphere(5000).pressure, 540.2, 0.2);
-    int16_t t, p, h;
-    cvt::meteoFields(km, t, p, h);
-    EXPECT_EQ(t, 85);
-    EXPECT_EQ(p, 8987);
-    EXPECT_EQ(h, 500);
-    cvt::Meteo wild;
-    wild.temperature = 1e6;
-    wild.pressure = -1e6;
-    wild.humidity = std::nan("");
-    cvt::meteoFields(wild, t, p, h);
-    EXPECT_EQ(t, 32767);
-    EXPECT_EQ(p, cvt::kNoReading);
-    EXPECT_EQ(h, cvt::kNoReading);
-}
-
 /* The first message of the sample recording with the given meteo option. */
 const tblMeteo* firstMeteo(const cvt::Options& base, convtest::Intake& in,
                            std::unique_ptr<convtest::Converted>& keep) {

@@ -146,27 +146,6 @@ TEST(X0cCheck, RefusesLengthsThatDisagreeWithTheBytes) {
     EXPECT_EQ(run(type).fault, Fault::NotX0c);
 }
 
-TEST(X0cCheck, RefusesBlocksOutsideTheMessage) {
-    Bytes m = sample();
-    Bytes extra = m;
-    extra[9] = 3;  // announces a third block
-    x0ccheck::Result r = run(extra);
-    EXPECT_EQ(r.fault, Fault::BlockPastEnd);
-    EXPECT_EQ(r.block, 2);
-    EXPECT_EQ(r.at, m.size());
-    EXPECT_NE(x0ccheck::describe(r).find("block 2"), std::string::npos);
-
-    Bytes inHeader = m;
-    inHeader[3] = 10;
-    EXPECT_EQ(run(inHeader).fault, Fault::FirstBlock);
-    x0c::Header h;
-    h.tmRsvr = 77;
-    Bytes beyond = x0c::buildMessage(h, {gps(9)});
-    ASSERT_LT(beyond.size(), 255u);
-    beyond[3] = 255;
-    EXPECT_EQ(run(beyond).fault, Fault::FirstBlock);
-}
-
 TEST(X0cCheck, RefusesSubBlocksPastTheEndEmptyOrTooShort) {
     Bytes m = sample();
     const unsigned int gpsBlock = blockAt(m, 1);

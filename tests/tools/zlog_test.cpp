@@ -110,17 +110,6 @@ TEST(Zlog, RoundTripKeepsHeaderMessagesAndMarks) {
     EXPECT_EQ(bytes.size(), h + 3 * 6 + 25 + 300 + 1000);
 }
 
-TEST(Zlog, HeaderWithoutPositionOrNames) {
-    rinextest::ScratchDir dir;
-    zlog::FileHeader bare;
-    ReadBack rb = readLog(writeLog(dir, "bare.zlog", bare));
-    ASSERT_TRUE(rb.opened) << firstError(rb);
-    EXPECT_FALSE(rb.header.hasPosition);
-    EXPECT_TRUE(rb.header.station.empty());
-    EXPECT_TRUE(rb.header.sources.empty());
-    EXPECT_EQ(rb.records.size(), 3u);
-}
-
 TEST(Zlog, TruncatedLastRecordIsReportedNotReturned) {
     rinextest::ScratchDir dir;
     const std::string whole = rinextest::slurp(writeLog(dir, "w.zlog", tlseHeader()));
@@ -179,22 +168,6 @@ TEST(Zlog, DamagedRecordsAreSkippedAndReadingGoesOn) {
         EXPECT_FALSE(rb.truncated);
     }
     (void)r2;
-}
-
-TEST(Zlog, WriterRefusesMessagesThatDoNotSayTheirLength) {
-    rinextest::ScratchDir dir;
-    zlog::Writer w;
-    ASSERT_TRUE(w.open(dir.file("refuse.zlog"), tlseHeader()));
-    std::vector<uint8_t> m = message(40, 1);
-    m[1] = 41;
-    EXPECT_FALSE(w.write(m));
-    EXPECT_NE(w.error().find("message length field says 41 but the message has 40 bytes"), std::string::npos)
-        << w.error();
-    const uint8_t tiny[2] = {0x0C, 2};
-    EXPECT_FALSE(w.write(tiny, sizeof tiny));
-    EXPECT_TRUE(w.write(message(40, 1)));
-    EXPECT_EQ(w.records(), 1);
-    EXPECT_TRUE(w.close());
 }
 
 TEST(Zlog, FilesThatAreNotLogs) {
