@@ -109,67 +109,7 @@ tblAlmGps_t sentinelTable() {
     return t;
 }
 
-/* `got` equals the untouched sentinel entry except for onEmpty = 1. */
-void expectOnlyEmptyMarked(const tblAlmGpsSat_t& got, int prn) {
-    tblAlmGpsSat_t want = sentinelTable().alm[0];
-    want.onEmpty = 1;
-    EXPECT_EQ(0, std::memcmp(&got, &want, sizeof got)) << "PRN " << prn;
-}
-
 }  // namespace
-
-TEST(AlmGps, PagesAreFiledByTheCounter) {
-    CycleRun r;
-    tblAlmGpsSat_t bogus = r.alm.alm[24];
-    bogus.toa = r.alm.toa + 4096;
-    bogus.sqrtA = 5000.0;
-
-    /* Subframe 4 pages that carry no almanac of the collector's (1, 6,
-     * 11-24) arrive as almanac pages of PRN 25-32 with another toa: they
-     * must not be stored. */
-    AlmGps_t c;
-    r.cycle(c, [&](const x0c::GpsSlot& s, uint8_t* sf, unsigned&) {
-        bool unused = s.page == 1 || s.page == 6 ||
-                      (s.page >= 11 && s.page <= 24);
-        if (s.subframe == 4 && unused)
-            x0c::gpsEncodeAlmPage(bogus, 25 + s.page % 8, 4, s.towEnd, sf);
-        return true;
-    });
-    ASSERT_TRUE(c.isCmplt());
-    tblAlmGps_t got = sentinelTable();
-    EXPECT_EQ(c.getTbl(&got), 1);
-    for (int k = 24; k < 32; k++)
-        if (!r.alm.alm[k].onEmpty) expectEntry(got.alm[k], r.alm.alm[k], k + 1);
-
-    /* Page 25 of subframe 4 is the health page whatever SV ID it shows:
-     * here it says 57 and marks PRN 26 absent. */
-    AlmGps_t c2;
-    r.cycle(c2, [&](const x0c::GpsSlot& s, uint8_t* sf, unsigned&) {
-        if (s.subframe == 4 && s.page == 25) {
-            x0c::putBits(sf, kGpsCommon.svId.pos, 6, 57);
-            const GpsField& f = kGpsHealth.health[25];
-            x0c::putBits(sf, f.pos, f.len, 63);
-        }
-        return true;
-    });
-    ASSERT_TRUE(c2.isCmplt());
-    got = sentinelTable();
-    EXPECT_EQ(c2.getTbl(&got), 1);
-    expectOnlyEmptyMarked(got.alm[25], 26);
-
-    /* an almanac page that names another PRN spoils the set */
-    AlmGps_t c3;
-    r.cycle(c3, [&](const x0c::GpsSlot& s, uint8_t* sf, unsigned&) {
-        if (s.subframe == 5 && s.page == 3)
-            x0c::gpsEncodeAlmPage(r.alm.alm[3], 4, 5, s.towEnd, sf);
-        return true;
-    });
-    EXPECT_FALSE(c3.isCmplt());
-    got = sentinelTable();
-    tblAlmGps_t before = got;
-    EXPECT_EQ(c3.getTbl(&got), 1);
-    EXPECT_EQ(0, std::memcmp(&got, &before, sizeof got));
-}
 
 TEST(AlmGps, ReceiveTimeWindows) {
     CycleRun r;

@@ -80,37 +80,6 @@ TEST(CrdSat, EpochWithoutUsableSatelliteKeepsThePreviousTime) {
     EXPECT_EQ(l->tm, e.tm);
 }
 
-TEST(CrdSat, GetGloFillsTheListOfItsSignalFromItsSource) {
-    crdsat_t c;
-    Epoch e;
-    // The high-accuracy ephemeris (source 1) feeds B1/B2; only the first
-    // satellite has one.
-    e.glo[0].opr[1] = e.glo[0].opr[0];
-    for (auto& g : e.glo) g.obs.actual[2] = 1, g.obs.psvd[2] = 2.0e7;
-    lsttblCrdSat_t* l = c.getGlo(&e.lst, e.tm, 2, 3);
-    ASSERT_EQ(l, c.getList(2));
-    EXPECT_EQ(l->num, 1u);
-    EXPECT_EQ(l->tm, e.tm);
-    EXPECT_EQ(+l->tbl[0].num, 2);
-    // The other lists are not touched.
-    EXPECT_EQ(c.getList(0)->num, 0u);
-    l = c.getGlo(&e.lst, e.tm, 0, 1);
-    EXPECT_EQ(l, c.getList(0));
-    EXPECT_EQ(l->num, 2u);
-    EXPECT_EQ(c.getList(2)->num, 1u);
-    // The fifth signal uses the third source.
-    e.glo[1].opr[2] = e.glo[1].opr[0];
-    for (auto& g : e.glo) g.obs.actual[4] = 1, g.obs.psvd[4] = 2.0e7;
-    l = c.getGlo(&e.lst, e.tm, 4, 4);
-    ASSERT_EQ(l, c.getList(4));
-    EXPECT_EQ(l->num, 1u);
-    EXPECT_EQ(+l->tbl[0].num, 9);
-    // Signal indices that name no list.
-    EXPECT_EQ(c.getGlo(&e.lst, e.tm, 5, 5), nullptr);
-    EXPECT_EQ(c.getGlo(&e.lst, e.tm, -1, 1), nullptr);
-    EXPECT_EQ(c.getGlo(&e.lst, e.tm, 0, 5), nullptr);
-}
-
 TEST(CrdSat, ReferencePointInAllFourForms) {
     double xyzW[3];
     tlse(xyzW);

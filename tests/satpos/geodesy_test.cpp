@@ -42,43 +42,6 @@ TEST(Geodesy, RoundTripOnBothDatums) {
     }
 }
 
-TEST(Geodesy, PolarAxisAndEquatorShortcuts) {
-    geo::Ellipsoid wgs = ellipsoid(0);
-    double blh[3] = {1, 2, 3};
-    double north[3] = {0.0, 0.0, kWgsB};
-    geo::xyz_blh(north, wgs, blh);
-    EXPECT_EQ(blh[0], 90.0);
-    EXPECT_EQ(blh[1], 0.0);
-    EXPECT_NEAR(blh[2], 0.0, 1e-6);
-
-    double south[3] = {0.0, 0.0, -kWgsB - 1000.0};
-    geo::xyz_blh(south, wgs, blh);
-    EXPECT_EQ(blh[0], -90.0);
-    EXPECT_NEAR(blh[2], 1000.0, 1e-6);
-
-    double eq[3] = {kWgsA, 0.0, 0.0};
-    geo::xyz_blh(eq, wgs, blh);
-    EXPECT_EQ(blh[0], 0.0);
-    EXPECT_EQ(blh[1], 0.0);
-    EXPECT_EQ(blh[2], 0.0);
-
-    // On the equator the height is the distance from the axis less a.
-    double eqWest[3] = {-3.0e6, -4.0e6, 0.0};
-    geo::xyz_blh(eqWest, wgs, blh);
-    EXPECT_EQ(blh[0], 0.0);
-    EXPECT_NEAR(blh[1], 180.0 + std::atan2(4.0, 3.0) * geo::kRadToDeg, 1e-9);
-    EXPECT_EQ(blh[2], 5.0e6 - kWgsA);
-
-    double eqBack[3] = {-kWgsA, 0.0, 0.0};
-    geo::xyz_blh(eqBack, wgs, blh);
-    EXPECT_EQ(blh[1], 180.0);
-
-    // The centre of the Earth has no latitude.
-    double centre[3] = {0.0, 0.0, 0.0};
-    geo::xyz_blh(centre, wgs, blh);
-    EXPECT_TRUE(std::isnan(blh[0]));
-}
-
 TEST(Geodesy, LongitudeQuadrantsAndTheUntouchedAxisCase) {
     geo::Ellipsoid wgs = ellipsoid(0);
     const double z = 3.0e6, r = 3.5e6;

@@ -370,31 +370,6 @@ TEST(RinexObsSmall, DamagedFilesReportFileAndLineAndReadTheRest) {
     }
 }
 
-TEST(RinexObsSmall, LineEndsAndCompression) {
-    rinextest::ScratchDir dir;
-    const std::vector<std::string> lines = base3();
-    ReadResult plain, crlf, gz;
-    readAll(dir.write("plain.rnx", joinLines(lines)), plain);
-    readAll(dir.write("crlf.rnx", joinLines(lines, "\r\n")), crlf);
-    readAll(dir.writeGz("packed.rnx.gz", joinLines(lines)), gz);
-    for (const ReadResult* r : {&plain, &crlf, &gz}) {
-        EXPECT_TRUE(r->opened);
-        EXPECT_TRUE(r->diag.empty()) << r->diag.list()[0].text();
-        ASSERT_EQ(r->epochs.size(), 3u);
-        EXPECT_EQ(r->header.markerName, "TEST");
-        EXPECT_EQ(r->other, 3);
-        const ObsEpoch& e = r->epochs[2];
-        ASSERT_EQ(e.sats.size(), 2u);
-        expectValue(r->header, findSat(e, 'G', 1), "C1C", 20000200.0, 0, 7);
-        expectValue(r->header, findSat(e, 'G', 1), "S1C", 45.0, 0, 0);  /* ends the line: no '\r' in it */
-        expectValue(r->header, findSat(e, 'R', 1), "L1C", 112000000.5, 1, 6);
-        expectAbsent(r->header, findSat(e, 'R', 1), "D1C");
-        int k = 0;
-        EXPECT_TRUE(r->header.gloFrequency(1, k));
-        EXPECT_EQ(k, 1);
-    }
-}
-
 TEST(RinexObsSmall, CutCompressedFileKeepsWhatCameBefore) {
     rinextest::ScratchDir dir;
     /* Enough epochs that the compressed stream spans many blocks. */
@@ -411,35 +386,6 @@ TEST(RinexObsSmall, CutCompressedFileKeepsWhatCameBefore) {
     EXPECT_TRUE(res.diag.contains("compressed data ends unexpectedly")) << res.diag.list().size();
     EXPECT_GT(res.epochs.size(), 100u);
     EXPECT_LT(res.epochs.size(), 2000u);
-}
-
-TEST(RinexObsSmall, FilesThatCannotBeRead) {
-    rinextest::ScratchDir dir;
-    struct {
-        const char* name;
-        std::function<void(std::vector<std::string>&)> damage;
-        const char* what;
-    } cases[] = {
-        {"no_header_end", [](auto& l) { l.resize(7); }, ":7: file ends before END OF HEADER"},
-        {"navigation", [](auto& l) { l[0] = hline("     3.04           N: GNSS NAV DATA", "RINEX VERSION / TYPE"); },
-         ":1: not an observation file (type 'N')"},
-        {"version_4", [](auto& l) { l[0] = versionLine(4.01, "M"); }, ":1: RINEX version 4.01 is not supported"},
-        {"no_version", [](auto& l) { l.erase(l.begin()); }, "no RINEX VERSION / TYPE line"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
-        std::vector<std::string> lines = base3();
-        c.damage(lines);
-        ReadResult res;
-        readAll(dir.write(std::string(c.name) + ".rnx", joinLines(lines)), res);
-        EXPECT_FALSE(res.opened);
-        EXPECT_TRUE(res.epochs.empty());
-        EXPECT_TRUE(res.diag.contains(c.what)) << (res.diag.empty() ? "" : res.diag.list()[0].text());
-    }
-    ReadResult missing;
-    readAll(dir.path() + "/does-not-exist.rnx", missing);
-    EXPECT_FALSE(missing.opened);
-    EXPECT_TRUE(missing.diag.contains("does-not-exist.rnx: cannot open the file"));
 }
 
 }  // namespace

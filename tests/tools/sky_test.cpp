@@ -70,28 +70,6 @@ TEST(SkyDop, SymmetricConstellation) {
                      .valid);
 }
 
-TEST(SkyTime, GpsTextsAndTmZel) {
-    // 2024-01-01 12:00:00 GPS = 11:59:42 UTC = 14:59:42 Moscow time.
-    const uint32_t noon = 8766u * 86400u + 14 * 3600 + 59 * 60 + 42;
-    uint32_t t = 0;
-    ASSERT_TRUE(sky::tmZelOfGpsText("2024-01-01 12:00:00", 18, &t));
-    EXPECT_EQ(t, noon);
-    ASSERT_TRUE(sky::tmZelOfGpsText("2024-01-01T12:00", 18, &t));
-    EXPECT_EQ(t, noon);
-    EXPECT_EQ(sky::gpsText(noon, 18), "2024-01-01 12:00:00");
-    EXPECT_EQ(sky::gpsText(noon + 43200, 18), "2024-01-02 00:00:00");
-    // A clock time on the GPS day of a given instant; 21:00 UTC of the
-    // day before is already 2024-01-01 in Moscow, but not in GPS time.
-    ASSERT_TRUE(sky::tmZelOfGpsClock("12:00", 18, noon + 3000, &t));
-    EXPECT_EQ(t, noon);
-    ASSERT_TRUE(sky::tmZelOfGpsClock("12:00:00", 18, 8766u * 86400u + 1000, &t));
-    EXPECT_EQ(t, noon - 86400);
-    for (const char* bad : {"2024-13-01 00:00:00", "2024-01-01 24:00:00", "yesterday",
-                            "2024-01-01 12:00:00x", "1999-12-31 12:00:00"})
-        EXPECT_FALSE(sky::tmZelOfGpsText(bad, 18, &t)) << bad;
-    EXPECT_FALSE(sky::tmZelOfGpsClock("12:60", 18, noon, &t));
-}
-
 /* The leap-second argument puts the library's reference time of a GPS
  * almanac on the almanac's real time in every rollover era: the 90-day
  * limit falls exactly 90 days from it. */
