@@ -22,34 +22,6 @@ void vtString(SatBlock& s, unsigned n, unsigned f44, unsigned b46) {
     x0c::putBits(s.vt, 46, 1, b46);
 }
 
-/* Sets an unsigned field of an L3 string at the bits the reader takes it
- * from: each bit of the field is located by asking the reader, so the test
- * does not depend on how the L3 layout is numbered. */
-void putL3(uint8_t* l3, int pos, int len, unsigned value) {
-    for (int i = 0; i < len; i++) {
-        bool found = false;
-        for (int byte = 0; byte < 37 && !found; byte++)
-            for (int bit = 0; bit < 8 && !found; bit++) {
-                unsigned char probe[40] = {};
-                probe[byte] = (unsigned char)(1u << bit);
-                if (NavInfStr_t::Round(NavInfStr_t::GetValueL3(probe, pos, len, false, 1.0)) ==
-                    (1 << i)) {
-                    found = true;
-                    if ((value >> i) & 1u) l3[byte] |= (uint8_t)(1u << bit);
-                }
-            }
-        ASSERT_TRUE(found) << "L3 bit " << pos + i;
-    }
-}
-
-void l3String(SatBlock& s, unsigned type, unsigned f56, unsigned b40) {
-    s.hasL3 = true;
-    std::memset(s.l3, 0, sizeof s.l3);
-    s.l3[34] = (uint8_t)(type << 5);
-    putL3(s.l3, 56, 2, f56);
-    putL3(s.l3, 40, 1, b40);
-}
-
 const tblHdr_t* gloHdr(Feed& feed, unsigned s, const SatBlock& b) {
     return feed(header(kT0 + s), {b})->tblGlo[0].tblHdr;
 }
@@ -106,54 +78,6 @@ TEST(IntakeHdrFlags, OutOfSequenceCtKeepsThePreviousVtAndL3Flags) {
     EXPECT_EQ(h->badNavInfCt, 0);
     EXPECT_EQ(h->badNavInfVt, 16);
     EXPECT_EQ(h->badNavInfL3, 0);
-}
-
-TEST(IntakeHdrFlags, StringsThatCannotBeTaken) {
-    /* Place C1 without a CT string: the zero string fails its checks. The
-     * VT and L3 strings are judged all the same. */
-    SatBlock b = sat(false, 1, 1);
-    vtString(b, 6, 0, 1);
-    Feed feed;
-    const tblHdr_t* h = gloHdr(feed, 3, b);
-    EXPECT_EQ(h->badNavInfCt, 16);
-    EXPECT_EQ(h->badNavInfVt, 36);
-
-    /* Two wrong bits in the CT string cannot be corrected. */
-    ctString(b, 1);
-    std::vector<uint8_t> m = x0c::buildMessage(header(kT0 + 3), {b});
-    m[25 + 25 + 3] ^= 0x01; /* block at 25; CT string at block byte 25 */
-    m[25 + 25 + 6] ^= 0x10;
-    EXPECT_EQ(feed.raw(m)->tblGlo[0].tblHdr->badNavInfCt, 16);
-}
-
-TEST(IntakeHdrFlags, VtAndL3Marks) {
-    struct { unsigned n, f44, b46; uint8_t flag; } vt[] = {
-        {2, 3, 0, 3}, {2, 1, 1, 37}, {6, 3, 1, 36}, {6, 0, 0, 0}, {4, 3, 1, 0},
-    };
-    for (const auto& c : vt) {
-        SCOPED_TRACE(testing::Message() << "VT string " << c.n);
-        SatBlock b = sat(false, 1, 1);
-        ctString(b, 1);
-        vtString(b, c.n, c.f44, c.b46);
-        Feed feed;
-        EXPECT_EQ(gloHdr(feed, 3, b)->badNavInfVt, c.flag);
-    }
-    struct { unsigned type, f56, b40; uint8_t flag; } l3[] = {
-        {2, 1, 1, 37}, {2, 3, 0, 3}, {3, 3, 0, 0}, {3, 0, 1, 36},
-    };
-    for (const auto& c : l3) {
-        SCOPED_TRACE(testing::Message() << "L3 type " << c.type);
-        SatBlock b = sat(false, 1, 1);
-        ctString(b, 1);
-        l3String(b, c.type, c.f56, c.b40);
-        Feed feed;
-        EXPECT_EQ(gloHdr(feed, 3, b)->badNavInfL3, c.flag);
-    }
-    SatBlock b = sat(false, 1, 1);
-    l3String(b, 2, 1, 1);
-    b.l3Bad = true;
-    Feed feed;
-    EXPECT_EQ(gloHdr(feed, 3, b)->badNavInfL3, 16);
 }
 
 TEST(IntakeHdrFlags, GpsSubframeMarks) {

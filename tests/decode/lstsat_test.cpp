@@ -38,38 +38,6 @@ TEST(IntakeSlots, KeyAndLengthOfABlock) {
     EXPECT_TRUE(slot.empty());
 }
 
-TEST(IntakeSlots, TablesCarryTheirLengthsAndSystem) {
-    Feed feed;
-    lsttblSat_t* l = feed(header(kT0 + 3), {sat(false, 3, 1), sat(true, 7, 2)});
-    ASSERT_EQ(l->numGlo, 1u);
-    ASSERT_EQ(l->numGps, 1u);
-    const tblSatGlo& g = l->tblGlo[0];
-    EXPECT_EQ(g.tblHdr->length, 28);
-    EXPECT_EQ(g.tblObs->length, 156);
-    EXPECT_EQ(g.tblAddInf->length, 60);
-    for (int i = 0; i < 3; i++) {
-        EXPECT_EQ(g.tblOprGlo[i]->length, 200);
-        EXPECT_EQ(g.tblTmPrmGlo[i]->length, 48);
-        EXPECT_EQ(g.tblAlmGlo[i]->length, 1744);
-        for (int k = 0; k < 24; k++) EXPECT_EQ(g.tblAlmGlo[i]->alm[k].length, 72);
-    }
-    EXPECT_EQ(g.tblHdr->sys, 0);
-    EXPECT_EQ(g.tblHdr->num, 3);
-    EXPECT_EQ(g.tblHdr->lit, 3);
-
-    const tblSatGps& p = l->tblGps[0];
-    EXPECT_EQ(p.tblHdr->length, 28);
-    EXPECT_EQ(p.tblObs->length, 156);
-    EXPECT_EQ(p.tblAddInf->length, 60);
-    EXPECT_EQ(p.tblOprGps->length, sizeof(tblOprGps_t));
-    EXPECT_EQ(p.tblTmPrmGps->length, 44);
-    EXPECT_EQ(p.tblAlmGps->length, 2704);
-    for (int k = 0; k < 32; k++) EXPECT_EQ(p.tblAlmGps->alm[k].length, 84);
-    EXPECT_EQ(p.tblIonGps->length, sizeof(tblIonGps_t));
-    EXPECT_EQ(p.tblHdr->sys, 1);
-    EXPECT_EQ(p.tblHdr->num, 7);
-}
-
 TEST(IntakeGate, WrongTypeLeavesThePreviousListUntouched) {
     Feed feed;
     x0c::Header h = header(kT0 + 3);
@@ -102,42 +70,6 @@ TEST(IntakeGate, WrongTypeLeavesThePreviousListUntouched) {
     EXPECT_EQ(l->numGlo, 1u);
     EXPECT_EQ(l->numGps, 0u);
     EXPECT_EQ(feed.conv.getTblGpsUtc()->actual, 0);
-}
-
-/* Messages that carry nothing to walk: the list comes back empty, the
- * meteo block is still decoded (except with noData), and the slots are
- * neither aged nor freed, so a new satellite cannot take their places. */
-TEST(IntakeGate, EmptyMessagesKeepTheSlots) {
-    const char* names[] = {"noData", "numSat 0", "tmRsvr 0", "offSat == length"};
-    for (int variant = 0; variant < 4; variant++) {
-        SCOPED_TRACE(names[variant]);
-        Feed feed;
-        const SatBlock a = sat(false, 1, 1), b = sat(true, 2, 2), c = sat(false, 3, 3);
-        lsttblSat_t* l = feed(header(kT0 + 3), {a, b});
-        tblObs_t* obsA = l->tblGlo[0].tblObs;
-        tblObs_t* obsB = l->tblGps[0].tblObs;
-        ASSERT_EQ(feed.conv.getTblGpsUtc()->actual, 1);
-
-        x0c::Header h = header(kT0 + 4);
-        h.temperature = -123;
-        std::vector<uint8_t> m = x0c::buildMessage(h, {a, b});
-        if (variant == 0) m[0] |= 0x80;
-        if (variant == 1) m[9] = 0;
-        if (variant == 2) m[4] = m[5] = m[6] = m[7] = 0;
-        if (variant == 3) m[1] = m[3], m[2] = 0;
-        l = feed.raw(m);
-        EXPECT_EQ(l->numGlo, 0u);
-        EXPECT_EQ(l->numGps, 0u);
-        EXPECT_EQ(feed.conv.getTblGpsUtc()->actual, 0);
-        EXPECT_DOUBLE_EQ(val(l->meteo->temperature), variant == 0 ? 15.0 : -12.3);
-        EXPECT_EQ(obsA->actual[0], 1);
-
-        l = feed(header(kT0 + 5), {c, a, b});
-        ASSERT_EQ(l->numGlo, 2u);
-        EXPECT_NE(val(l->tblGlo[0].tblObs), obsA);
-        EXPECT_EQ(val(l->tblGlo[1].tblObs), obsA);
-        EXPECT_EQ(val(l->tblGps[0].tblObs), obsB);
-    }
 }
 
 TEST(IntakeGate, MeteoLimits) {
@@ -242,63 +174,6 @@ TEST(IntakeSlots, TwentyFifthSatelliteAndEveryBlockAfterItAreDropped) {
     l = feed(header(kT0 + 6), {sat(true, 30, 30), first[0]});
     EXPECT_EQ(l->numGps, 1u);
     EXPECT_EQ(l->numGlo, 1u);
-}
-
-TEST(IntakeSlots, KeyIgnoresTheSystemBitButNotTheChannelOrLetterByte) {
-    Feed feed;
-    const SatBlock g = sat(false, 5, 7);
-    SatBlock p = sat(true, 5, 7);
-    p.litByte = g.litByte;
-    /* Equal number, byte 1 and channel: one slot, in the system that claimed it. */
-    lsttblSat_t* l = feed(header(kT0 + 3), {g, p});
-    ASSERT_EQ(l->numGlo, 2u);
-    EXPECT_EQ(l->numGps, 0u);
-    EXPECT_EQ(val(l->tblGlo[0].tblHdr), val(l->tblGlo[1].tblHdr));
-
-    p.chan = 8;
-    l = feed(header(kT0 + 4), {g, p});
-    EXPECT_EQ(l->numGlo, 1u);
-    EXPECT_EQ(l->numGps, 1u);
-
-    /* The whole letter byte is part of the key; only bits 0-6 are the letter. */
-    SatBlock h = g;
-    h.litByte = (uint8_t)(g.litByte | 0x80);
-    l = feed(header(kT0 + 5), {g, h});
-    ASSERT_EQ(l->numGlo, 2u);
-    EXPECT_NE(val(l->tblGlo[0].tblHdr), val(l->tblGlo[1].tblHdr));
-    EXPECT_EQ(l->tblGlo[1].tblHdr->lit, g.litByte);
-
-    /* Without sub-block 10 the channel part of the key is 0. */
-    SatBlock noChan = g, chan0 = g;
-    noChan.hasSb10 = false;
-    chan0.chan = 0;
-    l = feed(header(kT0 + 6), {noChan, chan0});
-    EXPECT_EQ(val(l->tblGlo[0].tblHdr), val(l->tblGlo[1].tblHdr));
-}
-
-TEST(IntakeSlots, ClearReturnsEverySlotToItsFreshState) {
-    Feed feed;
-    std::vector<SatBlock> sats;
-    for (uint8_t n = 1; n <= 24; n++) sats.push_back(sat(n % 2 == 0, n, n));
-    lsttblSat_t* l = feed(header(kT0 + 3), sats);
-    const tblSatGps setG = l->tblGps[0];
-    setG.tblOprGps->actual = 1;
-    ASSERT_EQ(feed.conv.getTblGpsUtc()->actual, 1);
-
-    feed.conv.clear();
-    EXPECT_EQ(l->numGlo + l->numGps, 0u);
-    EXPECT_EQ(feed.conv.getTblGpsUtc()->actual, 0);
-    EXPECT_EQ(setG.tblOprGps->actual, 0);
-    EXPECT_EQ(setG.tblObs->actual[0], 0);
-    EXPECT_EQ(setG.tblObs->psvd[0], 0.0);
-    EXPECT_EQ(setG.tblHdr->num, 0);
-    EXPECT_EQ(setG.tblHdr->sys, 1);
-    EXPECT_EQ(setG.tblObs->length, 156);
-
-    /* All 24 slots are free again. */
-    for (SatBlock& s : sats) s.chan = (uint8_t)(s.chan + 100);
-    l = feed(header(kT0 + 4), sats);
-    EXPECT_EQ(l->numGlo + l->numGps, 24u);
 }
 
 TEST(IntakeObs, PlacesAreScaledFromTheirRawUnits) {

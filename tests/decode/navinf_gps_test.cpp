@@ -42,35 +42,6 @@ tblOprGps_t realisticEph() {
     return e;
 }
 
-/* Signed fields at their most negative count, unsigned ones at the top:
- * a lost sign bit or a short field shows. */
-tblOprGps_t extremeEph() {
-    tblOprGps_t e;
-    std::memset(&e, 0, sizeof e);
-    auto lowest = [](const GpsField& f) {
-        return -std::ldexp(1.0, f.bits() - 1) * f.scale;
-    };
-    auto highest = [](const GpsField& f) {
-        return (std::ldexp(1.0, f.bits()) - 1) * f.scale;
-    };
-    e.health = 63;
-    e.wn = 1023;
-    e.af0 = lowest(kGpsSf1.af0);     e.af1 = lowest(kGpsSf1.af1);
-    e.af2 = lowest(kGpsSf1.af2);     e.tgd = lowest(kGpsSf1.tgd);
-    e.toc = e.toe = 65535 * 16;
-    e.sqrtA = highest(kGpsSf2.sqrtA); e.e = highest(kGpsSf2.e);
-    e.crs = lowest(kGpsSf2.crs);     e.deltaN = lowest(kGpsSf2.deltaN);
-    e.m0 = lowest(kGpsSf2.m0);       e.cuc = lowest(kGpsSf2.cuc);
-    e.cus = lowest(kGpsSf2.cus);     e.cic = lowest(kGpsSf3.cic);
-    e.omega0 = lowest(kGpsSf3.omega0); e.cis = lowest(kGpsSf3.cis);
-    e.i0 = lowest(kGpsSf3.i0);       e.crc = lowest(kGpsSf3.crc);
-    e.omega = lowest(kGpsSf3.omega); e.omegaDot = lowest(kGpsSf3.omegaDot);
-    e.idot = lowest(kGpsSf3.idot);
-    e.ura = 8192.0;
-    e.iodc = e.iode = 255;
-    return e;
-}
-
 struct Frame {
     uint8_t sf[3][30];
 };
@@ -101,36 +72,6 @@ bool sameDecodedValues(const tblOprGps_t& a, const tblOprGps_t& b) {
 
 }  // namespace
 
-TEST(OprGps, TableRoundTripThroughSubframes) {
-    for (const tblOprGps_t& want : {realisticEph(), extremeEph()}) {
-        Frame f = encodeFrame(want, 455880);
-        OprGps_t c;
-        feedFrame(c, f, kT, kT + 6, kT + 12);
-        ASSERT_TRUE(c.isCmplt());
-        tblOprGps_t got;
-        std::memset(&got, 0, sizeof got);
-        EXPECT_EQ(c.getTbl(&got), 1);
-        EXPECT_EQ(got.actual, 1);
-        EXPECT_EQ(0, std::memcmp(got.subfr1, f.sf[0], 30));
-        EXPECT_EQ(0, std::memcmp(got.subfr2, f.sf[1], 30));
-        EXPECT_EQ(0, std::memcmp(got.subfr3, f.sf[2], 30));
-        Frame again = encodeFrame(got, 455880);
-        EXPECT_EQ(0, std::memcmp(again.sf, f.sf, sizeof f.sf));
-        /* integers exactly, and a few values against the originals */
-        EXPECT_EQ(got.health, want.health);
-        EXPECT_EQ(got.wn, want.wn);
-        EXPECT_EQ(got.toc, want.toc);
-        EXPECT_EQ(got.toe, want.toe);
-        EXPECT_EQ(got.iodc, want.iodc);
-        EXPECT_EQ(got.iode, want.iode);
-        EXPECT_DOUBLE_EQ(got.ura, want.ura);
-        EXPECT_NEAR(got.sqrtA, want.sqrtA, kGpsSf2.sqrtA.scale);
-        EXPECT_NEAR(got.m0, want.m0, kGpsSf2.m0.scale);
-        EXPECT_NEAR(got.idot, want.idot, kGpsSf3.idot.scale);
-        EXPECT_NEAR(got.af0, want.af0, kGpsSf1.af0.scale);
-    }
-}
-
 TEST(OprGps, CompletenessHasAnUpperBoundOnly) {
     Frame f = encodeFrame(realisticEph(), 455880);
     const struct {
@@ -149,36 +90,6 @@ TEST(OprGps, CompletenessHasAnUpperBoundOnly) {
         feedFrame(c, f, kT, kT + k.d2, kT + k.d3);
         EXPECT_EQ(c.isCmplt(), k.complete) << k.d2 << " " << k.d3;
     }
-}
-
-TEST(OprGps, IncompleteSetsLeaveTheTableAlone) {
-    Frame f = encodeFrame(realisticEph(), 455880);
-    tblOprGps_t tbl, before;
-    std::memset(&tbl, 0xA5, sizeof tbl);
-    before = tbl;
-
-    OprGps_t c;
-    feed(c, kPrn, f.sf[1], kT);
-    feed(c, kPrn, f.sf[2], kT);
-    EXPECT_FALSE(c.isCmplt()); /* no subframe 1 */
-    EXPECT_EQ(c.getTbl(&tbl), 1);
-    EXPECT_EQ(0, std::memcmp(&tbl, &before, sizeof tbl));
-
-    /* a subframe 1 starts a new set: the earlier 2 and 3 are gone */
-    feed(c, kPrn, f.sf[0], kT + 12);
-    feed(c, kPrn, f.sf[1], kT + 18);
-    EXPECT_FALSE(c.isCmplt());
-    feed(c, kPrn, f.sf[2], kT + 24);
-    EXPECT_TRUE(c.isCmplt());
-
-    /* other subframes change nothing; clear() empties */
-    uint8_t sf4[30];
-    x0c::gpsEncodeFillerPage(4, 57, 455910, sf4);
-    feed(c, kPrn, sf4, kT + 30);
-    EXPECT_TRUE(c.isCmplt());
-    c.clear();
-    EXPECT_EQ(c.getTbl(&tbl), 1);
-    EXPECT_EQ(0, std::memcmp(&tbl, &before, sizeof tbl));
 }
 
 TEST(OprGps, AccuracyFromTheUraIndex) {
@@ -219,63 +130,4 @@ TEST(OprGps, CheckRebuildsFromWordsThreeToTen) {
         EXPECT_EQ(0, std::memcmp(raw[i], f.sf[i], 24));
         EXPECT_EQ(0, std::memcmp(raw[i] + 24, zeros, 6)); /* words 1, 2 */
     }
-}
-
-TEST(UtcIonGps, Page18RoundTripAndSelection) {
-    tblTmPrmGps_t u;
-    tblIonGps_t ion;
-    std::memset(&u, 0, sizeof u);
-    std::memset(&ion, 0, sizeof ion);
-    u.a1 = -9.769962616701378e-15;  u.a0 = -2.7939677238464355e-09;
-    u.tot = 503808;  u.wnt = 255;  u.dtLs = -128;
-    u.wnLsf = 137;   u.dn = 7;     u.dtLsf = 18;
-    ion.alpha0 = 2.794e-08;  ion.alpha1 = -1.490e-08;
-    ion.alpha2 = -1.788e-07; ion.alpha3 = 5.960e-08;
-    ion.beta0 = 131072.0;    ion.beta1 = -65536.0;
-    ion.beta2 = -262144.0;   ion.beta3 = 262144.0;
-    uint8_t page18[30], asSf5[30], other[30];
-    x0c::gpsEncodePage18(u, ion, 456000, page18);
-    /* the same page sent as subframe 5: its SV ID says 56, its ID not */
-    std::memcpy(asSf5, page18, 30);
-    x0c::gpsPutTlmHow(asSf5, 5, 456000);
-    x0c::gpsEncodeFillerPage(4, 57, 456030, other);
-
-    TmPrmGps_t cu;
-    IonGps_t ci;
-    tblTmPrmGps_t gu;
-    tblIonGps_t gi;
-    std::memset(&gu, 0x5A, sizeof gu);
-    const tblTmPrmGps_t untouched = gu;
-    for (const uint8_t* sf : {asSf5, other}) {
-        feed(cu, kPrn, sf, kT);
-        feed(ci, kPrn, sf, kT);
-    }
-    EXPECT_FALSE(cu.isCmplt());
-    EXPECT_FALSE(ci.isCmplt());
-    EXPECT_EQ(cu.getTbl(&gu), 1);
-    EXPECT_EQ(0, std::memcmp(&gu, &untouched, sizeof gu));
-
-    feed(cu, kPrn, page18, kT);
-    feed(ci, kPrn, page18, kT);
-    ASSERT_TRUE(cu.isCmplt());
-    ASSERT_TRUE(ci.isCmplt());
-    EXPECT_EQ(cu.getTbl(&gu), 1);
-    EXPECT_EQ(ci.getTbl(&gi), 1);
-    EXPECT_EQ(gu.actual, 1);
-    EXPECT_EQ(gi.actual, 1);
-    uint8_t again[30];
-    x0c::gpsEncodePage18(gu, gi, 456000, again);
-    EXPECT_EQ(0, std::memcmp(again, page18, 30));
-    EXPECT_EQ(gu.tot, u.tot);
-    EXPECT_EQ(gu.wnt, u.wnt);
-    EXPECT_EQ(gu.dtLs, u.dtLs);
-    EXPECT_EQ(gu.dtLsf, u.dtLsf);
-    EXPECT_NEAR(gu.a0, u.a0, kGpsPage18.a0.scale);
-    EXPECT_NEAR(gi.alpha1, ion.alpha1, kGpsPage18.alpha1.scale);
-    EXPECT_DOUBLE_EQ(gi.beta1, ion.beta1);
-
-    cu.clear();
-    ci.clear();
-    EXPECT_FALSE(cu.isCmplt());
-    EXPECT_FALSE(ci.isCmplt());
 }

@@ -155,22 +155,6 @@ TEST(NavInfStrCt, CheckBitErrorsAndNumberZero) {
     EXPECT_EQ(s[0] & 15, 0);
 }
 
-TEST(NavInfStrCt, RejectionLeavesTheStringAsItWas) {
-    NavInfStr_t str;
-    Bytes good = ctBlock(real()[0].bytes.data());
-    ASSERT_TRUE(str.createFromx0c(NAVSTR_GLO_CT, good.data(), 5));
-    Bytes bad = ctBlock(real()[1].bytes.data());
-    flipCt(&bad[25], 30);
-    flipCt(&bad[25], 31);
-    EXPECT_FALSE(str.createFromx0c(NAVSTR_GLO_CT, bad.data(), 6));
-    Bytes noFlag = ctBlock(real()[1].bytes.data());
-    noFlag[2] = 0x04;
-    EXPECT_FALSE(str.createFromx0c(NAVSTR_GLO_CT, noFlag.data(), 6));
-    EXPECT_FALSE(str.createFromx0c(9, good.data(), 6));
-    EXPECT_EQ(str.getTmResived(), 5u);
-    EXPECT_EQ(std::memcmp(str.getData(), real()[0].bytes.data(), 10), 0);
-}
-
 /* ---- GPS subframes --------------------------------------------------- */
 
 Bytes gpsBlock(unsigned int id) {
@@ -250,23 +234,6 @@ TEST(NavInfStrVt, FoundBehindTheSectionsBeforeIt) {
     }
 }
 
-TEST(NavInfStrVt, NumbersOneToTen) {
-    size_t at[8] = {};
-    Bytes blk = sectionBlock({41, 0, 32}, at);
-    for (unsigned int n = 0; n < 16; n++) {
-        putVt(&blk[at[2] + 21], n);
-        NavInfStr_t str;
-        EXPECT_EQ(str.createFromx0c(NAVSTR_GLO_VT, blk.data(), 3),
-                  n >= 1 && n <= 10) << n;
-        if (str.isCmplt()) {
-            EXPECT_EQ(str.getNum(), n);
-        }
-    }
-    blk[2] &= ~4;
-    NavInfStr_t str;
-    EXPECT_FALSE(str.createFromx0c(NAVSTR_GLO_VT, blk.data(), 3));
-}
-
 TEST(NavInfStrL3, StatusTypeAndPlace) {
     // Section 5 lies in front of 6 but is deliberately not counted.
     for (auto lens : {std::vector<int>{0, 0, 0, 0, 0, 0, 73},
@@ -293,20 +260,6 @@ TEST(NavInfStrL3, StatusTypeAndPlace) {
 }
 
 /* ---- field readers and rounding -------------------------------------- */
-
-TEST(NavInfStrFields, GenericReader) {
-    const unsigned char d[4] = {0x34, 0x12, 0xF0, 0x80};
-    EXPECT_EQ(NavInfStr_t::GetValue(d, 1, 0, false, 1), 0.0);
-    EXPECT_FALSE(std::signbit(NavInfStr_t::GetValue(d, 25, 0, true, 1)));
-    EXPECT_EQ(NavInfStr_t::GetValue(d, 1, 16, false, 1), 0x1234);
-    EXPECT_EQ(NavInfStr_t::GetValue(d, 5, 12, false, 2), 2 * 0x123);
-    EXPECT_EQ(NavInfStr_t::GetValue(d, 9, 16, true, 0.5), -0x7012 * 0.5);
-    EXPECT_EQ(NavInfStr_t::GetValueVT(d, 9, 16, false, 1), 0xF012);
-    double z = NavInfStr_t::GetValue(d, 25, 8, true, 4.0);  // sign only
-    EXPECT_EQ(z, 0.0);
-    EXPECT_TRUE(std::signbit(z));
-    EXPECT_FALSE(std::signbit(NavInfStr_t::GetValue(d, 17, 4, true, 1)));
-}
 
 TEST(NavInfStrFields, CtReaderFollowsTheStringBitNumbers) {
     // Eleven bytes: the check bits in byte 10 must never be read.
@@ -348,69 +301,5 @@ TEST(NavInfStrFields, RoundHalfAwayFromZero) {
 }
 
 /* ---- state ----------------------------------------------------------- */
-
-TEST(NavInfStrState, AssignmentAndRawLoading) {
-    Bytes gps = gpsBlock(3);
-    NavInfStr_t a, b, empty;
-    ASSERT_TRUE(a.createFromx0c(NAVSTR_GPS, gps.data(), 50));
-    b = a;
-    EXPECT_EQ(b.getNum(), 3u);
-    EXPECT_EQ(b.getTmResived(), 50u);
-    EXPECT_EQ(std::memcmp(b.getData(), &gps[25], 30), 0);
-
-    // A CT string copies only its ten bytes over the subframe.
-    NavInfStr_t ct;
-    auto raw10 = real()[3].bytes;
-    raw10[0] |= 0xF0;  // only the low four bits are the number
-    ASSERT_TRUE(ct.check(NAVSTR_GLO_CT, raw10.data()));
-    EXPECT_EQ(ct.getNum(), real()[3].number);
-    EXPECT_EQ(ct.getTmResived(), 0u);
-    b = ct;
-    EXPECT_EQ(b.getLData(), 10u);
-    EXPECT_EQ(std::memcmp(b.getData(), raw10.data(), 10), 0);
-    EXPECT_EQ(std::memcmp(b.getData() + 10, &gps[35], 20), 0);
-
-    // An empty source empties the target and leaves the rest: a raw GPS
-    // load (24 bytes, number untouched) shows the old number and tail.
-    a = empty;
-    EXPECT_FALSE(a.isCmplt());
-    const unsigned char raw[24] = {1, 2, 3};
-    ASSERT_TRUE(a.check(NAVSTR_GPS, raw));
-    EXPECT_EQ(a.getNum(), 3u);
-    EXPECT_EQ(a.getLData(), 24u);
-    EXPECT_EQ(a.getTmResived(), 0u);
-    EXPECT_EQ(std::memcmp(a.getData(), raw, 24), 0);
-    EXPECT_EQ(std::memcmp(a.getData() + 24, &gps[49], 6), 0);
-
-    // Kinds without a raw loader change nothing.
-    EXPECT_TRUE(empty.check(NAVSTR_GLO_VT, raw));
-    EXPECT_TRUE(empty.check(NAVSTR_GLO_L3, raw));
-    EXPECT_FALSE(empty.isCmplt());
-    EXPECT_TRUE(a.check(7, real()[0].bytes.data()));
-    EXPECT_EQ(a.getLData(), 24u);
-    a.clear();
-    EXPECT_FALSE(a.isCmplt());
-}
-
-/* The assertion line of an accessor, escaped for the death-test regex. */
-std::string stops(const char* signature) {
-    return std::string("navinf:[0-9]+: ") + signature +
-           ": Assertion `false' failed";
-}
-
-TEST(NavInfStrDeathTest, ReadingAnEmptyStringStops) {
-    NavInfStr_t s;
-    EXPECT_DEATH(s.getNum(), stops("unsigned int NavInfStr_t::getNum\\(\\) const"));
-    EXPECT_DEATH(s.getTmResived(),
-                 stops("unsigned int NavInfStr_t::getTmResived\\(\\) const"));
-    EXPECT_DEATH(s.getData(),
-                 stops("unsigned char\\* NavInfStr_t::getData\\(\\) const"));
-    EXPECT_DEATH(s.getLData(),
-                 stops("unsigned int NavInfStr_t::getLData\\(\\) const"));
-    ASSERT_TRUE(s.check(NAVSTR_GLO_CT, real()[0].bytes.data()));
-    s.clear();
-    EXPECT_DEATH(s.getSvid(),
-                 stops("unsigned char NavInfStr_t::getSvid\\(\\) const"));
-}
 
 }  // namespace

@@ -137,39 +137,6 @@ TEST(IntakeNavInf, SequenceLossVoidsBeforeTheCollectorRefills) {
     EXPECT_EQ(set.tblOprGlo[0]->actual, 0);
 }
 
-/* Unhealthy subframe 1 voids the tables but keeps what was collected; a
- * lost satellite loses the collection itself. */
-TEST(IntakeNavInf, FreedSlotLosesItsCollectedNavigationData) {
-    Feed feed;
-    const tblSatGps set = feed(header(kT0 + 3), {page18()})->tblGps[0];
-    EXPECT_EQ(set.tblTmPrmGps->actual, 1);
-    EXPECT_EQ(set.tblIonGps->actual, 1);
-
-    SatBlock sf = sat(true, 3, 3);
-    gpsSubframe(sf, 1);
-    sf.gpsSf[21] = 0x80;
-    feed(header(kT0 + 4), {sf});
-    EXPECT_EQ(set.tblTmPrmGps->actual, 0);
-    gpsSubframe(sf, 2);
-    feed(header(kT0 + 5), {sf});
-    EXPECT_EQ(set.tblTmPrmGps->actual, 1);
-
-    feed(header(kT0 + 6), {sat(false, 1, 1)});
-    EXPECT_EQ(set.tblTmPrmGps->actual, 0);
-    lsttblSat_t* l = feed(header(kT0 + 7), {sat(false, 1, 1), sf});
-    ASSERT_EQ(l->numGps, 1u);
-    EXPECT_EQ(val(l->tblGps[0].tblTmPrmGps), val(set.tblTmPrmGps));
-    EXPECT_EQ(set.tblTmPrmGps->actual, 0);
-    EXPECT_EQ(set.tblIonGps->actual, 0);
-
-    /* clear() empties the collectors as well. */
-    feed(header(kT0 + 8), {sat(false, 1, 1), page18()});
-    ASSERT_EQ(set.tblIonGps->actual, 1);
-    feed.conv.clear();
-    ASSERT_EQ(val(feed(header(kT0 + 9), {sf})->tblGps[0].tblIonGps), val(set.tblIonGps));
-    EXPECT_EQ(set.tblIonGps->actual, 0);
-}
-
 /* The CT collector never completes a time-parameter set; the VT one does,
  * so of the pair it is the second table that becomes valid. VT strings 8
  * and 10 of cycles 0 and 1 and strings 8, 9, 10 of cycle 2 make the set;
@@ -193,23 +160,4 @@ TEST(IntakeNavInf, GlonassTimeParametersComeFromTheVtSource) {
     }
     EXPECT_EQ(set.tblTmPrmGlo[1]->actual, 1);
     EXPECT_EQ(set.tblTmPrmGlo[0]->actual, 0);
-}
-
-/* A complete VT ephemeris with a value out of range leaves `actual` at 1
- * in the decoder; the slot voids the table on the decoder's verdict. */
-TEST(IntakeNavInf, RejectedVtEphemerisIsVoidedByTheSlot) {
-    for (double xKm : {27000.0, 27000.5}) {
-        SCOPED_TRACE(xKm);
-        Feed feed;
-        unsigned int t = kT0 + 3;
-        tblSatGlo set = {};
-        for (unsigned n : {1, 2, 3, 4, 5, 6, 7, 10}) {
-            SatBlock b = sat(false, 1, 1);
-            b.hasVt = true;
-            x0c::putBits(b.vt, 47, 4, n);
-            if (n == 2) x0c::putBits(b.vt, 8, 29, x0c::rawSignMag(xKm, 1.0 / 8192, 29));
-            set = feed(header(t++), {b})->tblGlo[0];
-        }
-        EXPECT_EQ(set.tblOprGlo[1]->actual, xKm > 27000.0 ? 0 : 1);
-    }
 }

@@ -30,28 +30,6 @@ std::vector<std::string> linesOf(const std::function<void()>& print) {
     return lines;
 }
 
-tblAlmGlo_t gloAlmanac(uint8_t actual) {
-    tblAlmGlo_t t;
-    std::memset(&t, 0, sizeof t);
-    t.length = ZEL_LEN_ALMGLO;
-    t.actual = actual;
-    t.na = 1462;
-    t.n4 = 7;
-    for (int i = 0; i < ZEL_NUM_ALM_GLO; i++) {
-        t.alm[i].length = ZEL_LEN_ALMGLO_SAT;
-        t.alm[i].num = (uint8_t)(i + 1);
-        t.alm[i].lit = (uint8_t)(i % 14);
-        t.alm[i].lambda = -0.25 + i / 64.0;
-        t.alm[i].lambdaT = 1000.0 * i + 0.03125;
-        t.alm[i].dI = 0.0078;
-    }
-    t.alm[23].onEmpty = 1;
-    t.alm[23].lit = 24;
-    t.alm[5].onErrData = 1;
-    t.alm[7].onSystem = 1;
-    return t;
-}
-
 tblAlmGps_t gpsAlmanac(uint8_t actual) {
     tblAlmGps_t t;
     std::memset(&t, 0, sizeof t);
@@ -107,30 +85,6 @@ TEST(PrntTbl, OneLineTables) {
               want);
 }
 
-/* The GLONASS pairs print CT then VT and never look at the third source. */
-TEST(PrntTbl, GlonassPairsPrintCtThenVt) {
-    tblOprGlo_t oprCt = {}, oprVt = {};
-    oprCt.length = ZEL_LEN_OPRGLO;
-    oprCt.actual = 1;
-    oprVt.length = ZEL_LEN_OPRGLO;
-    tblOprGlo_t* opr[3] = {&oprCt, &oprVt, nullptr};
-    tblTmPrmGlo_t tpCt = {}, tpVt = {};
-    tpCt.length = ZEL_LEN_TMPRMGLO;
-    tpVt.length = ZEL_LEN_TMPRMGLO;
-    tpVt.actual = 1;
-    tblTmPrmGlo_t* tp[3] = {&tpCt, &tpVt, nullptr};
-    EXPECT_EQ(linesOf([&] {
-                  prntTbl_t::tblOprGlo(opr);
-                  prntTbl_t::tblTmPrmGlo(tp);
-              }),
-              (std::vector<std::string>{
-                  "p tblOprGlo_t length:200 actual:01",
-                  "p tblOprGlo_t length:200 actual:00",
-                  "p tblTmPrmGlo_t length:048 actual:00",
-                  "p tblTmPrmGlo_t length:048 actual:01",
-              }));
-}
-
 TEST(PrntTbl, ObservationsValidAndInvalidPlaces) {
     tblObs_t obs = {};
     obs.length = ZEL_LEN_OBS;
@@ -164,44 +118,6 @@ TEST(PrntTbl, ObservationsValidAndInvalidPlaces) {
     std::vector<std::string> lines = linesOf([&] { prntTbl_t::tblObs(&obs); });
     ASSERT_EQ(lines.size(), 5u);
     EXPECT_EQ(lines[0], "p tblObs_t length:156 tmZel:2f3c4d5e ");
-}
-
-TEST(PrntTbl, GlonassAlmanac) {
-    tblAlmGlo_t invalid = gloAlmanac(0);
-    EXPECT_EQ(linesOf([&] { prntTbl_t::tblAlmGlo(&invalid); }),
-              std::vector<std::string>{"p tblAlmGlo_t length:1744 actual:00 na:01462 n4:007"});
-
-    tblAlmGlo_t alm = gloAlmanac(1);
-    std::vector<std::string> lines = linesOf([&] { prntTbl_t::tblAlmGlo(&alm); });
-    ASSERT_EQ(lines.size(), 25u);
-    EXPECT_EQ(lines[0], "p tblAlmGlo_t length:1744 actual:01 na:01462 n4:007");
-    EXPECT_EQ(lines[1],
-              "onErrData:00 onEmpty:00 onSystem:00 num:01 lit:00 lambda:-0.250000 "
-              "lambdaT:0.031250 dI:0.007800");
-    EXPECT_EQ(lines[6],
-              "onErrData:01 onEmpty:00 onSystem:00 num:06 lit:05 lambda:-0.171875 "
-              "lambdaT:5000.031250 dI:0.007800");
-    EXPECT_EQ(lines[8],
-              "onErrData:00 onEmpty:00 onSystem:01 num:08 lit:07 lambda:-0.140625 "
-              "lambdaT:7000.031250 dI:0.007800");
-    EXPECT_EQ(lines[24],
-              "onErrData:00 onEmpty:01 onSystem:00 num:24 lit:24 lambda:0.109375 "
-              "lambdaT:23000.031250 dI:0.007800");
-}
-
-TEST(PrntTbl, GpsAlmanac) {
-    tblAlmGps_t invalid = gpsAlmanac(0);
-    EXPECT_EQ(linesOf([&] { prntTbl_t::tblAlmGps(&invalid); }),
-              std::vector<std::string>{"p tblAlmGps_t length:2704 actual:00"});
-
-    tblAlmGps_t alm = gpsAlmanac(1);
-    std::vector<std::string> lines = linesOf([&] { prntTbl_t::tblAlmGps(&alm); });
-    ASSERT_EQ(lines.size(), 33u);
-    EXPECT_EQ(lines[0], "p tblAlmGps_t length:2704 actual:01");
-    EXPECT_EQ(lines[1], "onEmpty:00 healL:00");
-    EXPECT_EQ(lines[3], "onEmpty:00 healL:10");   /* 16 in hexadecimal */
-    EXPECT_EQ(lines[31], "onEmpty:01 healL:f0");
-    EXPECT_EQ(lines[32], "onEmpty:00 healL:ff");
 }
 
 /* A set prints its header and one more table: observations for GLONASS,

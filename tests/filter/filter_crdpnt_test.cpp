@@ -100,34 +100,6 @@ TEST(PositionFilter, TracksAConstantVelocityWithoutLag) {
     }
 }
 
-TEST(PositionFilter, SmoothsNoisyFixesWithoutBias) {
-    Track trk;
-    Filter_t f;
-    Noise noise;
-    double along = 0.0, rawSq = 0.0, fltSq = 0.0;
-    int n = 0, restarts = 0;
-    const double speed = std::sqrt(15.0 * 15.0 + 8.0 * 8.0);
-    for (int k = 0; k < 600; k++) {
-        double truth[3], xyz[3];
-        trk.at(k, truth);
-        for (int i = 0; i < 3; i++) xyz[i] = truth[i] + noise(3.0);
-        tblCrdPnt_t r = fixAt(xyz);
-        const tblCrdPnt_t* out = f.KalmanCrdPnt0(T0 + k, &r);
-        if (k < 60) continue;
-        if (samePos(out, &r)) restarts++;
-        double e[3];
-        for (int i = 0; i < 3; i++) e[i] = out->xyz[i] - truth[i];
-        along += (e[0] * trk.vel[0] + e[1] * trk.vel[1] + e[2] * trk.vel[2]) / speed;
-        fltSq += e[0] * e[0] + e[1] * e[1] + e[2] * e[2];
-        for (int i = 0; i < 3; i++) rawSq += (xyz[i] - truth[i]) * (xyz[i] - truth[i]);
-        n++;
-    }
-    EXPECT_EQ(restarts, 0);
-    // A lag of one epoch would be 17 m behind; the mean is near zero.
-    EXPECT_LT(std::fabs(along / n), 0.5);
-    EXPECT_LT(std::sqrt(fltSq / n), 0.8 * std::sqrt(rawSq / n));
-}
-
 TEST(PositionFilter, RestartsAfterMoreThanTenSecondsWithoutAFix) {
     Filter_t f;
     Noise noise;

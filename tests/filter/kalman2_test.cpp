@@ -56,26 +56,6 @@ TEST(Kalman2, RateReseedAndTheSameSecondRule) {
     EXPECT_EQ(std::memcmp(&before, t, sizeof before), 0);
 }
 
-TEST(Kalman2, PredictionAndCorrectionOverTwoSeconds) {
-    Kalman2_t f;
-    seeded(f, 0.0, 2.0, 4.0, 1.0);  // x 2, v 2, P = [4 4; 4 8]
-    f.Update(T0 + 3, 7.0);
-    const tblKalman2_t* t = f.GetTbl();
-    // Predicted over dt 2 with q on every entry: P = [53 21; 21 9], x = 6.
-    const double k1 = 53.0 / 57.0, k2 = 21.0 / 57.0;
-    EXPECT_DOUBLE_EQ(+t->k1, k1);
-    EXPECT_DOUBLE_EQ(+t->k2, k2);
-    EXPECT_DOUBLE_EQ(+t->p11, 53.0 - k1 * 53.0);
-    EXPECT_DOUBLE_EQ(+t->p12, 21.0 - k1 * 21.0);
-    EXPECT_DOUBLE_EQ(+t->p21, 21.0 - k2 * 53.0);
-    EXPECT_DOUBLE_EQ(+t->p22, 9.0 - k2 * 21.0);
-    // The innovation is taken against the prediction itself (7 - 6).
-    EXPECT_DOUBLE_EQ(+t->x, 6.0 + k1);
-    EXPECT_DOUBLE_EQ(+t->v, 2.0 + k2);
-    EXPECT_EQ(t->tLast, T0 + 3);
-    EXPECT_EQ(f.GetActual(), 1);
-}
-
 TEST(Kalman2, GateLooksOneSecondAheadAndAcceptsItsEdge) {
     // r 4: limit 6. Predicted x is 2, the gate centre x + v is 3.
     const double accept = 9.0;

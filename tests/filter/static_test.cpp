@@ -174,19 +174,4 @@ TEST(StaticFilter, GainFallsLinearlyAndRestartsAfterAGap) {
     }
 }
 
-TEST(StaticFilter, TimeOffsetIsAveragedInModeTen) {
-    Static_t s;
-    ASSERT_EQ(init(s, 0.5, 1, 10, 5, 0.5), 0);
-    tblCrdPnt_t r = fix(10, 0, 1e-4, 2e-6);
-    ASSERT_EQ(s.StaticFilter(&r, T0 + 1), -8);
-    EXPECT_EQ(+r.tau, 2e-6);
-    // The coarse step halved the slot with the solution's tau: 1e-6.
-    r = fix(10, 0, 1e-4, 4e-6);
-    ASSERT_EQ(s.StaticFilter(&r, T0 + 2), 0);
-    EXPECT_DOUBLE_EQ(+r.tau, 1e-6 + (4e-6 - 1e-6) * 0.5);
-    r = fix(10, 0, 1e-4, 0.0);
-    ASSERT_EQ(s.StaticFilter(&r, T0 + 3), 0);
-    EXPECT_DOUBLE_EQ(+r.tau, 2.5e-6 * 0.5);
-}
-
 }  // namespace

@@ -40,28 +40,6 @@ struct CombCase {
 
 }  // namespace
 
-/* -128: five rows (the caller's fix untouched), or five that pass the
- * gate (both gated rows stay flagged, the caller's fix is marked invalid). */
-TEST(RaimComb, TooFewSatellites) {
-    CombCase five;
-    for (int k = 0; k < 5; k++) five.gps(k);
-    five.pnt.actual = 1;
-    const tblCrdPnt_t before = five.pnt;
-    EXPECT_EQ(five.run(), RAIM_TOO_FEW);
-    EXPECT_EQ(std::memcmp(&before, &five.pnt, sizeof before), 0);
-
-    CombCase gated;
-    for (int k = 0; k < 4; k++) gated.gps(k);
-    gated.probe(4, 80.0);
-    gated.probe(5, 3.0);
-    gated.probe(6, -75.0);
-    gated.pnt.actual = 1;
-    EXPECT_EQ(gated.run(), RAIM_TOO_FEW);
-    EXPECT_EQ(gated.pnt.actual, 0);
-    EXPECT_EQ(gated.ep.rows[4].bad + gated.ep.rows[6].bad, 2);
-    EXPECT_EQ(gated.flagged(), 2);
-}
-
 /* The all-in-view limits, with the receiver moving at 30 m/s: five zeros
  * and probes {+19, +19, +19, -19} (scatter 11.9 m) with a 60 m residual
  * (gated, and left flagged) are accepted; a speed exactly at the limit

@@ -54,25 +54,6 @@ int feed(raim_t& raim, int sys, int num, const double* r, int n = 30) {
 
 }  // namespace
 
-/* erf2 stops after the first term below 1e-6, signed: x - x^3/3 for
- * x >= 1e-6, x alone below. calcProbInteg is built on it. */
-TEST(RaimStats, SeriesAndProbability) {
-    raim_t raim;
-    EXPECT_DOUBLE_EQ(raim.erf2(0.5), 0.5 - 0.125 / 3.0);
-    EXPECT_DOUBLE_EQ(raim.erf2(2.0), 2.0 - 8.0 / 3.0);
-    EXPECT_EQ(raim.erf2(-0.5), -0.5);
-    EXPECT_EQ(raim.erf2(5e-7), 5e-7);
-    EXPECT_EQ(raim.erf2(1e-6), 1e-6 - 1e-18 / 3.0);
-    EXPECT_TRUE(std::isnan(raim.erf2(NAN)));
-    EXPECT_EQ(raim.getFact(20), 2432902008176640000ull);
-
-    auto e = [](double x) { return x - x * x * x / 3.0; };
-    const double s = 2.0, m = 0.5, w = 1.0, a = 0.25, q = 1.0 / (std::sqrt(2.0) * s);
-    const double want = (e(q * (w + a)) + e(q * (w - a)) - e(q * (w - a - m)) - e(q * (w + a + m))) /
-                        (2.0 * std::sqrt(M_PI));
-    EXPECT_NEAR(raim.calcProbInteg(a, s, m, w), want, 1e-15);
-}
-
 /* Statistics of a complete span and the limits: 50 m on |mean| and 18 m on
  * sigma, a value equal to its limit passing. The sets below come out at
  * exactly 50 and exactly 18 in the sums as the statistics form them. */
@@ -183,32 +164,4 @@ TEST(RaimStats, HistoryRules) {
     EXPECT_EQ(feed(p5, 1, 5, big), 1);
     EXPECT_EQ(feed(p12, 1, 12, big), 0);
     EXPECT_EQ(p12.getBlk(24 + 11)->statValid, 0);
-}
-
-/* statValid survives a broken span and clear(), so the last statistics go
- * on judging; clear() empties tags, residuals, mean, sigma and meanSq but
- * not probInteg, devNorm or the pseudoranges. */
-TEST(RaimStats, StatisticsOutliveTheSpanAndClear) {
-    double big[30];
-    for (int i = 0; i < 30; i++) big[i] = 60.0 + (i % 2);
-    raim_t raim;
-    EXPECT_EQ(feed(raim, 0, 1, big), 1);
-    const double prob = raim.getBlk(0)->probInteg;
-
-    Rows later(kT0 + 90);
-    later.add(0, 1, 0.0);
-    raim.raimStats(&later.lst, &later.fix);
-    EXPECT_EQ(later.rows[0].bad, 1);
-
-    raim.clear();
-    const raimSatBlk_t* b = raim.getBlk(0);
-    EXPECT_EQ(b->statValid, 1);
-    EXPECT_EQ(b->mean + b->sigma + b->meanSq + b->resid[1], 0.0);
-    EXPECT_EQ(b->tag[0], 0u);
-    EXPECT_EQ(b->probInteg, prob);
-    EXPECT_EQ(b->prange[1], kRange - 61.0);
-    Rows after(kT0 + 91);
-    after.add(0, 1, 0.0);
-    raim.raimStats(&after.lst, &after.fix);
-    EXPECT_EQ(after.rows[0].bad, 0) << "mean and sigma are now 0";
 }

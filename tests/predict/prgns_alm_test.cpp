@@ -41,20 +41,6 @@ TEST_F(PrgnsAlm, GloTakesTheNewestDateThenTheGreatestDoppler) {
     EXPECT_EQ(p->getNumAlmGlo(), 7);
 }
 
-TEST_F(PrgnsAlm, GloNothingUsable) {
-    // A Doppler of -10000 Hz or below never wins, even alone.
-    l->glo(1, 9, 2, -10000.0);
-    EXPECT_EQ(p->getAlmanGlo(&l->lst)->actual, 0);
-    EXPECT_EQ(p->getNumAlmGlo(), -1);
-    // A zero interval or day marks nothing to take.
-    l->reset();
-    l->glo(1, 0, 5, 100.0);
-    EXPECT_EQ(p->getAlmanGlo(&l->lst)->actual, 0);
-    l->reset();
-    l->glo(1, 9, 0, 100.0);
-    EXPECT_EQ(p->getAlmanGlo(&l->lst)->actual, 0);
-}
-
 TEST_F(PrgnsAlm, GloHeldSourceStaysWhileAsNew) {
     l->glo(3, 9, 2, 100.0, 1000, true, 13);
     l->glo(4, 9, 2, 50.0, 1000, true, 14);
@@ -81,29 +67,6 @@ TEST_F(PrgnsAlm, GloHeldSourceStaysWhileAsNew) {
     p->clear();
     EXPECT_EQ(p->getNumAlmGlo(), -1);
     EXPECT_EQ(p->getAlmanGlo(&l->lst)->tmResived, 43u);
-}
-
-TEST_F(PrgnsAlm, ListWithoutASystem) {
-    l->glo(3, 9, 2, 100.0, 1000, true, 13);
-    l->gps(5, 247, 4096, 100.0, 1000, true, 15);
-    p->getAlmanGlo(&l->lst);
-    p->getAlmanGps0(&l->lst);
-    ASSERT_EQ(p->getNumAlmGlo(), 3);
-    ASSERT_EQ(p->getNumAlmGps(), 5);
-
-    // An empty list: the GLONASS almanac goes, the GPS one stays.
-    l->reset();
-    EXPECT_EQ(p->getAlmanGlo(&l->lst)->actual, 0);
-    EXPECT_EQ(p->getNumAlmGlo(), -1);
-    const tblAlmGps_t* g = p->getAlmanGps0(&l->lst);
-    EXPECT_EQ(g->actual, 1);
-    EXPECT_EQ(g->tmResived, 15u);
-    EXPECT_EQ(p->getNumAlmGps(), 5);
-
-    // The GLONASS source number survived: its satellite is still loyal.
-    l->glo(4, 9, 2, 900.0, 1000, true, 24);
-    l->glo(3, 9, 2, 100.0, 1000, true, 23);
-    EXPECT_EQ(p->getAlmanGlo(&l->lst)->tmResived, 23u);
 }
 
 TEST_F(PrgnsAlm, GpsOrderLoyaltyAndTimeParameters) {
@@ -137,12 +100,4 @@ TEST_F(PrgnsAlm, GpsOrderLoyaltyAndTimeParameters) {
     l->gps(3, 247, 0, 900.0);
     EXPECT_EQ(p->getAlmanGps0(&l->lst)->actual, 0);
     EXPECT_EQ(p->getNumAlmGps(), -1);
-}
-
-TEST_F(PrgnsAlm, GpsWithoutTimeParametersTable) {
-    // getAlmanGps0 still keeps the time parameters of its almanac.
-    l->gps(9, 247, 4096, 10.0, 1000, true, 19, 18);
-    EXPECT_EQ(p->getAlmanGps0(&l->lst)->tmResived, 19u);
-    EXPECT_EQ(p->getTmPrmGps()->tot, 19u);
-    EXPECT_EQ(p->getAlmanGps(&l->lst, nullptr)->tmResived, 19u);
 }

@@ -9,9 +9,9 @@
 #include <cstring>
 
 #include "predict/prgns.h"
-#include "prgns_real.h"
+#include "prgns_sky.h"
 
-using namespace prgns_real;
+using namespace prgns_sky;
 
 namespace {
 
@@ -54,27 +54,6 @@ TEST_F(PrgnsGlo, AtTheNodeTheOrbitIsTheAlmanacs) {
         EXPECT_GT(+at(half - 120)->prgSat[0].z, 0.0) << slot;
         EXPECT_LT(+at(half + 120)->prgSat[0].z, 0.0) << slot;
         EXPECT_LT(+at(half)->prgSat[0].vz, -3000.0) << slot;
-    }
-}
-
-/* The velocity is that of the osculating ellipse, and the short-period
- * terms keep the elements osculating: the velocity follows the motion of
- * the position to millimetres per second (a term of the perturbations
- * off by a tenth shows as decimetres per second). */
-TEST_F(PrgnsGlo, VelocityFollowsThePosition) {
-    for (uint32_t t = kDay0 + 20000; t < kDay0 + 80000; t += 7000) {
-        const tblPrgSat_t* e0 = at(t - 1)->prgSat;
-        std::vector<tblPrgSat_t> before(e0, e0 + 24);
-        const tblPrgSat_t* e1 = at(t + 1)->prgSat;
-        std::vector<tblPrgSat_t> after(e1, e1 + 24);
-        const lsttblPrgSat* now = at(t);
-        ASSERT_EQ(now->numPrg, 24u);
-        for (int k = 0; k < 24; k++) {
-            const tblPrgSat_t& e = now->prgSat[k];
-            EXPECT_NEAR((after[k].x - before[k].x) / 2, +e.vx, 0.005);
-            EXPECT_NEAR((after[k].y - before[k].y) / 2, +e.vy, 0.005);
-            EXPECT_NEAR((after[k].z - before[k].z) / 2, +e.vz, 0.005);
-        }
     }
 }
 

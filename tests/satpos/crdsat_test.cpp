@@ -37,19 +37,6 @@ struct Epoch {
     }
 };
 
-TEST(CrdSat, FreshObjectHasFiveEmptyListsAndNoPoint) {
-    crdsat_t c;
-    for (int k = 0; k < CRDSAT_NUM_LISTS; k++) {
-        lsttblCrdSat_t* l = c.getList(k);
-        EXPECT_EQ(l->length, 16u);
-        EXPECT_NE(+l->tbl, nullptr);
-        EXPECT_EQ(l->num, 0u);
-        EXPECT_EQ(l->tm, 0u);
-        for (int j = 0; j < k; j++) EXPECT_NE(+c.getList(j)->tbl, +l->tbl);
-    }
-    EXPECT_EQ(c.getPnt()->set, 0);
-}
-
 TEST(CrdSat, GetPutsGlonassRowsFirstAndReusesRefusedRows) {
     crdsat_t c;
     Epoch e;
@@ -91,65 +78,6 @@ TEST(CrdSat, EpochWithoutUsableSatelliteKeepsThePreviousTime) {
     l = c.getGps(&e.lst, e.tm + 2, kLeap);
     EXPECT_EQ(l->num, 0u);
     EXPECT_EQ(l->tm, e.tm);
-}
-
-TEST(CrdSat, GetGloFillsTheListOfItsSignalFromItsSource) {
-    crdsat_t c;
-    Epoch e;
-    // The high-accuracy ephemeris (source 1) feeds B1/B2; only the first
-    // satellite has one.
-    e.glo[0].opr[1] = e.glo[0].opr[0];
-    for (auto& g : e.glo) g.obs.actual[2] = 1, g.obs.psvd[2] = 2.0e7;
-    lsttblCrdSat_t* l = c.getGlo(&e.lst, e.tm, 2, 3);
-    ASSERT_EQ(l, c.getList(2));
-    EXPECT_EQ(l->num, 1u);
-    EXPECT_EQ(l->tm, e.tm);
-    EXPECT_EQ(+l->tbl[0].num, 2);
-    // The other lists are not touched.
-    EXPECT_EQ(c.getList(0)->num, 0u);
-    l = c.getGlo(&e.lst, e.tm, 0, 1);
-    EXPECT_EQ(l, c.getList(0));
-    EXPECT_EQ(l->num, 2u);
-    EXPECT_EQ(c.getList(2)->num, 1u);
-    // The fifth signal uses the third source.
-    e.glo[1].opr[2] = e.glo[1].opr[0];
-    for (auto& g : e.glo) g.obs.actual[4] = 1, g.obs.psvd[4] = 2.0e7;
-    l = c.getGlo(&e.lst, e.tm, 4, 4);
-    ASSERT_EQ(l, c.getList(4));
-    EXPECT_EQ(l->num, 1u);
-    EXPECT_EQ(+l->tbl[0].num, 9);
-    // Signal indices that name no list.
-    EXPECT_EQ(c.getGlo(&e.lst, e.tm, 5, 5), nullptr);
-    EXPECT_EQ(c.getGlo(&e.lst, e.tm, -1, 1), nullptr);
-    EXPECT_EQ(c.getGlo(&e.lst, e.tm, 0, 5), nullptr);
-}
-
-TEST(CrdSat, ClearEmptiesListsOnlyAndGetRepeatsItsRows) {
-    crdsat_t c;
-    Epoch e;
-    double pnt[3];
-    tlse(pnt);
-    c.setPnt(pnt, 0, 0);
-    e.meteo = {1, 12.0, 70.0, 1005.0};
-    for (auto& g : e.gps) g.ion.actual = 1;
-    c.get(&e.lst, e.tm, kLeap);
-    c.getGlo(&e.lst, e.tm, 0, 1);
-    tblCrdSat_t first[4];
-    std::memcpy(first, c.getList(0)->tbl, sizeof first);
-    c.clear();
-    for (int k = 0; k < CRDSAT_NUM_LISTS; k++) {
-        EXPECT_EQ(c.getList(k)->num, 0u);
-        EXPECT_EQ(c.getList(k)->tm, 0u);
-    }
-    EXPECT_EQ(c.getPnt()->set, 1);
-    EXPECT_EQ(std::memcmp(first, c.getList(0)->tbl, sizeof first), 0);
-    lsttblCrdSat_t* l = c.get(&e.lst, e.tm, kLeap);
-    ASSERT_EQ(l->num, 5u);
-    for (int k = 0; k < 4; k++) {
-        EXPECT_EQ(+l->tbl[k].num, first[k].num);
-        EXPECT_EQ(+l->tbl[k].psvd, +first[k].psvd) << k;
-        for (int j = 0; j < 3; j++) EXPECT_EQ(+l->tbl[k].xyz[j], +first[k].xyz[j]);
-    }
 }
 
 TEST(CrdSat, ReferencePointInAllFourForms) {

@@ -182,21 +182,6 @@ TEST(CrdPntSolve, CombinedWithGpsRowsOnlySolvesInPz90AsOneSystem) {
     expectAt(g, w, kOmegaGps, 1e-3);
 }
 
-TEST(CrdPntSolve, CombinedWithGlonassRowsOnlyIsAGlonassFix) {
-    Truth t;
-    t.cdt = kC * 3e-5;
-    Epoch ep;
-    addGlo(ep, t, 0, 5);
-    crdpnt_t s;
-    s.set(10);
-    const tblCrdPnt_t* p = s.get(&ep.lst);
-    ASSERT_EQ(p->actual, 1);
-    EXPECT_EQ(p->sys, 0);
-    EXPECT_EQ(p->numGlo, 5);
-    expectAt(p, t, kOmegaGlo, 1e-3);
-    EXPECT_EQ(+p->tau, 0.0);  // not a combined solution
-}
-
 TEST(CrdPntSolve, BadRowsAreNeverUsed) {
     Truth t;
     Epoch ep;
@@ -221,28 +206,6 @@ TEST(CrdPntSolve, BadRowsAreNeverUsed) {
     }
 }
 
-TEST(CrdPntSolve, UnknownModeOrTooFewRowsGiveNoSolution) {
-    Truth t;
-    Epoch ep;
-    addGlo(ep, t, 0, 5);
-    crdpnt_t fresh;  // mode never set
-    EXPECT_EQ(fresh.get(&ep.lst)->actual, 0);
-    crdpnt_t s;
-    s.set(2);
-    EXPECT_EQ(s.get(&ep.lst)->actual, 0);
-
-    Epoch three;
-    addGlo(three, t, 0, 3);
-    addGps(three, t, 3, 3);
-    s.set(0);
-    EXPECT_EQ(s.get(&three.lst)->actual, 0);
-    s.set(1);
-    EXPECT_EQ(s.get(&three.lst)->actual, 0);
-    Epoch empty;
-    s.set(10);
-    EXPECT_EQ(s.get(&empty.lst)->actual, 0);
-}
-
 TEST(CrdPntSolve, AFailedEpochKeepsThePreviousFixWithActualZero) {
     Truth t;
     t.cdt = kC * 1e-3;
@@ -264,37 +227,6 @@ TEST(CrdPntSolve, AFailedEpochKeepsThePreviousFixWithActualZero) {
     for (int i = 0; i < 3; i++) EXPECT_EQ(+p->xyz[i], +before.xyz[i]);
     EXPECT_EQ(+p->dt, +before.dt);
     EXPECT_EQ(p->dop10, before.dop10);
-}
-
-TEST(CrdPntSolve, ClearKeepsTheTimeOffsetAndTheVelocity) {
-    Truth t;
-    t.cdelta = 40.0;
-    t.v[0] = 1.0;
-    Epoch ep;
-    addGlo(ep, t, 0, 4);
-    addGps(ep, t, 4, 3, true);
-    crdpnt_t s;
-    s.set(10);
-    const tblCrdPnt_t* p = s.get(&ep.lst);
-    ASSERT_EQ(p->actual, 1);
-    const tblSpdPnt_t spd = *s.getSpd();
-    ASSERT_EQ(spd.actual, 1);
-    const double tau = p->tau;
-    ASSERT_NE(tau, 0.0);
-
-    s.clear();
-    EXPECT_EQ(p->length, 100);
-    EXPECT_EQ(p->actual, 0);
-    EXPECT_EQ(p->sys, 0);
-    EXPECT_EQ(p->numGlo, 0);
-    EXPECT_EQ(p->numGps, 0);
-    for (int k = 0; k < 24; k++) EXPECT_EQ(p->lstGlo[k] | p->lstGps[k], 0);
-    EXPECT_EQ(+p->xyz[0], 0.0);
-    EXPECT_EQ(+p->dt, 0.0);
-    EXPECT_EQ(p->dop10, 0);
-    EXPECT_EQ(+p->tau, tau);
-    EXPECT_EQ(s.getSpd()->actual, 1);
-    EXPECT_EQ(+s.getSpd()->vxyz[0], +spd.vxyz[0]);
 }
 
 TEST(CrdPntSolve, GpsNumbersAreCopiedForAsManyRowsAsTheOldGlonassCount) {

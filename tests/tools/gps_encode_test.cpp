@@ -19,15 +19,6 @@ using gpstest::wordOf;
 
 namespace {
 
-std::vector<RealSubframe> allRealSubframes() {
-    std::vector<RealSubframe> v = gpstest::readSubframes(
-        gpstest::dataPath("rawnav/gps_subframes_ubx_coldstart.txt"));
-    std::vector<RealSubframe> w = gpstest::readSubframes(
-        gpstest::dataPath("rawnav/gps_subframes_ubx_rxmsfrbx_2cycles.txt"));
-    v.insert(v.end(), w.begin(), w.end());
-    return v;
-}
-
 unsigned svidOf(const uint8_t sf[30]) {
     return (unsigned)(wordOf(sf, 3) >> 16) & 63;
 }
@@ -79,56 +70,6 @@ int expectSameBits(const uint8_t got[30], const uint8_t want[30],
 }
 
 }  // namespace
-
-TEST(GpsEncode, SlotOfAMoment) {
-    const struct {
-        double tow;
-        int subframe, page;
-        uint32_t end;
-    } cases[] = {
-        {0, 1, 1, 6},        {5.999, 1, 1, 6},    {6, 2, 1, 12},
-        {29.5, 5, 1, 30},    {30, 1, 2, 36},      {749, 5, 25, 750},
-        {750, 1, 1, 756},    {455880, 1, 22, 455886},
-        {604794, 5, 10, 604800},
-    };
-    for (const auto& k : cases) {
-        x0c::GpsSlot s = x0c::gpsSlotAt(k.tow);
-        EXPECT_EQ(s.subframe, k.subframe) << k.tow;
-        EXPECT_EQ(s.page, k.page) << k.tow;
-        EXPECT_EQ(s.towEnd, k.end) << k.tow;
-    }
-}
-
-TEST(GpsEncode, TimingAndPagesOfRealSubframes) {
-    std::vector<RealSubframe> all = allRealSubframes();
-    ASSERT_EQ(all.size(), 849u + 1491u);
-    int checked = 0, pages = 0, dummies = 0;
-    for (const RealSubframe& r : all) {
-        x0c::GpsSlot s = x0c::gpsSlotAt(r.tow - 6);
-        ASSERT_EQ(s.subframe, r.id) << r.prn << " " << r.tow;
-        EXPECT_EQ(s.towEnd, r.tow);
-        uint8_t how[30] = {};
-        x0c::gpsPutTlmHow(how, r.id, s.towEnd);
-        EXPECT_EQ(wordOf(how, 1) & 0xFF0000, wordOf(r.sf, 1) & 0xFF0000);
-        EXPECT_EQ(wordOf(how, 2) & 0xFFFF9C, wordOf(r.sf, 2) & 0xFFFF9C);
-        checked++;
-        if (r.id < 4) continue;
-        unsigned svid = svidOf(r.sf);
-        if (svid == GPS_SVID_DUMMY) {
-            /* an absent PRN's page is in its place */
-            int p = x0c::gpsPageSvid(r.id, s.page);
-            EXPECT_TRUE(p >= 1 && p <= 32) << r.id << "/" << s.page;
-            dummies++;
-            continue;
-        }
-        EXPECT_EQ(x0c::gpsPageSvid(r.id, s.page), (int)svid)
-            << "subframe " << r.id << " page " << s.page;
-        pages++;
-    }
-    std::printf("[ timing ] %d real subframes, %d page IDs matched, %d "
-                "dummy pages\n",
-                checked, pages, dummies);
-}
 
 TEST(GpsEncode, RealEphemerisEncodesToTheBroadcastBits) {
     std::vector<RealSubframe> sfs = gpstest::readSubframes(

@@ -11,7 +11,7 @@
 #include <set>
 #include <string>
 
-#include "predict/prgns_real.h"
+#include "predict/prgns_sky.h"
 #include "sky.h"
 #include "sky_log.h"
 #include "zel.h"
@@ -70,59 +70,11 @@ TEST(SkyDop, SymmetricConstellation) {
                      .valid);
 }
 
-TEST(SkyPlot, PlacesAndLabels) {
-    double x, y;
-    sky::plotXY(123, 90, 100, 100, 50, &x, &y);
-    EXPECT_NEAR(x, 100, 1e-9);
-    EXPECT_NEAR(y, 100, 1e-9);
-    sky::plotXY(90, 0, 100, 100, 50, &x, &y);   // east horizon: right
-    EXPECT_NEAR(x, 150, 1e-9);
-    EXPECT_NEAR(y, 100, 1e-9);
-    sky::plotXY(0, 45, 100, 100, 50, &x, &y);   // north, half-way: up
-    EXPECT_NEAR(x, 100, 1e-9);
-    EXPECT_NEAR(y, 75, 1e-9);
-    sky::plotXY(180, -10, 100, 100, 50, &x, &y);   // below the horizon: rim
-    EXPECT_NEAR(y, 150, 1e-9);
-
-    const std::string svg = sky::skySvg({sat('G', 5, 45, 30, true), sat('R', 14, 200, 60)},
-                                        "sky <test> & more");
-    EXPECT_EQ(svg.rfind("<svg ", 0), 0u);
-    EXPECT_NE(svg.find(">G05</text>"), std::string::npos);
-    EXPECT_NE(svg.find(">R14</text>"), std::string::npos);
-    EXPECT_NE(svg.find("sky &lt;test&gt; &amp; more"), std::string::npos);
-    // Tracked GPS filled in its colour, predicted-only GLONASS hollow.
-    EXPECT_NE(svg.find("stroke=\"#1f5fbf\" stroke-width=\"2\" fill=\"#1f5fbf\""), std::string::npos);
-    EXPECT_NE(svg.find("stroke=\"#c8281e\" stroke-width=\"2\" fill=\"white\""), std::string::npos);
-    EXPECT_EQ(svg.substr(svg.size() - 7), "</svg>\n");
-}
-
-TEST(SkyTime, GpsTextsAndTmZel) {
-    // 2024-01-01 12:00:00 GPS = 11:59:42 UTC = 14:59:42 Moscow time.
-    const uint32_t noon = 8766u * 86400u + 14 * 3600 + 59 * 60 + 42;
-    uint32_t t = 0;
-    ASSERT_TRUE(sky::tmZelOfGpsText("2024-01-01 12:00:00", 18, &t));
-    EXPECT_EQ(t, noon);
-    ASSERT_TRUE(sky::tmZelOfGpsText("2024-01-01T12:00", 18, &t));
-    EXPECT_EQ(t, noon);
-    EXPECT_EQ(sky::gpsText(noon, 18), "2024-01-01 12:00:00");
-    EXPECT_EQ(sky::gpsText(noon + 43200, 18), "2024-01-02 00:00:00");
-    // A clock time on the GPS day of a given instant; 21:00 UTC of the
-    // day before is already 2024-01-01 in Moscow, but not in GPS time.
-    ASSERT_TRUE(sky::tmZelOfGpsClock("12:00", 18, noon + 3000, &t));
-    EXPECT_EQ(t, noon);
-    ASSERT_TRUE(sky::tmZelOfGpsClock("12:00:00", 18, 8766u * 86400u + 1000, &t));
-    EXPECT_EQ(t, noon - 86400);
-    for (const char* bad : {"2024-13-01 00:00:00", "2024-01-01 24:00:00", "yesterday",
-                            "2024-01-01 12:00:00x", "1999-12-31 12:00:00"})
-        EXPECT_FALSE(sky::tmZelOfGpsText(bad, 18, &t)) << bad;
-    EXPECT_FALSE(sky::tmZelOfGpsClock("12:60", 18, noon, &t));
-}
-
 /* The leap-second argument puts the library's reference time of a GPS
  * almanac on the almanac's real time in every rollover era: the 90-day
  * limit falls exactly 90 days from it. */
 TEST(SkyTime, WeekCountHandedToTheLibrary) {
-    using namespace prgns_real;
+    using namespace prgns_sky;
     const uint32_t toa = 32u * 4096u;
     tblAlmGps_t alm;
     gpsAlmanac(toa, &alm);
@@ -161,7 +113,7 @@ TEST(SkyLog, AlmanacsOfTheLogPredictTheTrackedSky) {
 
     sky::Request req;
     ASSERT_TRUE(sky::tmZelOfGpsText("2024-01-01 18:19:30", leap, &req.at));
-    prgns_real::tlse(req.pos);
+    prgns_sky::tlse(req.pos);
     req.cartesian = true;
     req.mask = 0;
     sky::Result r;
@@ -208,15 +160,4 @@ TEST(SkyLog, AlmanacsOfTheLogPredictTheTrackedSky) {
     ASSERT_TRUE(sky::predictFromLog(log.path, req, r, err));
     EXPECT_FALSE(r.reached);
     EXPECT_GE(r.predicted.size(), 10u);
-}
-
-TEST(SkyLog, UnreadableLog) {
-    sky::Request req;
-    sky::Result r;
-    std::string err;
-    EXPECT_FALSE(sky::predictFromLog("/nonexistent/x.zlog", req, r, err));
-    EXPECT_FALSE(err.empty());
-    uint32_t t;
-    int leap;
-    EXPECT_FALSE(sky::logStart("/nonexistent/x.zlog", &t, &leap, err));
 }

@@ -37,54 +37,6 @@ private:
     std::string path_;
 };
 
-TEST(Sp3, ReadsTheEsaFinalOrbitsOfOneDay) {
-    rinex::Sp3File f;
-    rinex::Diagnostics d;
-    ASSERT_TRUE(rinex::readSp3(kEsa, f, d));
-    EXPECT_TRUE(d.empty());
-    EXPECT_EQ(f.version, 'c');
-    EXPECT_EQ(f.posVel, 'P');
-    EXPECT_EQ(f.numEpochs, 96);
-    EXPECT_EQ(f.coordSys, "IGS05");
-    EXPECT_EQ(f.agency, "ESOC");
-    EXPECT_EQ(f.timeSystem, "GPS");
-    EXPECT_EQ(f.gpsWeek, 1525);
-    EXPECT_EQ(f.weekSeconds, 259200.0);
-    EXPECT_EQ(f.interval, 900.0);
-    ASSERT_EQ(f.satIds.size(), 48u);
-    EXPECT_EQ(f.satIds.front(), "G32");
-    EXPECT_EQ(f.satIds[30], "R04");
-    EXPECT_EQ(f.satIds.back(), "R08");
-
-    ASSERT_EQ(f.epochs.size(), 96u);
-    const rinex::Sp3Epoch& e0 = f.epochs[0];
-    EXPECT_EQ(e0.time.year, 2009);
-    EXPECT_EQ(e0.time.month, 4);
-    EXPECT_EQ(e0.time.day, 1);
-    EXPECT_EQ(e0.time.hour, 0);
-    EXPECT_EQ(e0.sats.size(), 48u);
-    const rinex::Sp3Epoch& last = f.epochs.back();
-    EXPECT_EQ(last.time.hour, 23);
-    EXPECT_EQ(last.time.minute, 45);
-    EXPECT_EQ(last.sec2000 - e0.sec2000, 95 * 900);
-
-    const rinex::Sp3Sat* g32 = f.find(0, 'G', 32);
-    ASSERT_NE(g32, nullptr);
-    EXPECT_TRUE(g32->hasPos);
-    EXPECT_DOUBLE_EQ(g32->pos[0], -8588.723867);
-    EXPECT_DOUBLE_EQ(g32->pos[1], -20090.643282);
-    EXPECT_DOUBLE_EQ(g32->pos[2], 15669.151907);
-    EXPECT_TRUE(g32->hasClk);
-    EXPECT_DOUBLE_EQ(g32->clk, 280.381686);
-    const rinex::Sp3Sat* r08 = f.find(95, 'R', 8);
-    ASSERT_NE(r08, nullptr);
-    EXPECT_DOUBLE_EQ(r08->pos[1], 25094.789996);
-    EXPECT_DOUBLE_EQ(r08->clk, -101.959939);
-    EXPECT_EQ(f.find(0, 'G', 1), nullptr);
-    EXPECT_EQ(f.find(0, 'E', 32), nullptr);
-    EXPECT_EQ(f.find(96, 'G', 32), nullptr);
-}
-
 const char* kSmallD =
     "#dV2024  1  1 12  0  0.00000000       2 ORBIT IGS20 FIT  TEST\n"
     "## 2295 129600.00000000   300.00000000 60310 0.5000000000000\n"
@@ -153,26 +105,6 @@ TEST(Sp3, DamagedLinesAreReportedAndSkipped) {
     ASSERT_EQ(f.epochs.size(), 1u);
     EXPECT_EQ(f.find(0, 'G', 1), nullptr);
     EXPECT_NE(f.find(0, 'E', 11), nullptr);
-}
-
-TEST(Sp3, RefusesWhatIsNoSp3File) {
-    rinex::Sp3File f;
-    rinex::Diagnostics d;
-    EXPECT_FALSE(rinex::readSp3("/nonexistent/zelnav.sp3", f, d));
-    EXPECT_FALSE(d.empty());
-    TempFile rnx("     2.11           OBSERVATION DATA    M (MIXED)           RINEX VERSION / TYPE\n");
-    d.clear();
-    EXPECT_FALSE(rinex::readSp3(rnx.path(), f, d));
-    EXPECT_TRUE(d.contains("not an SP3-c or SP3-d file"));
-    TempFile older("#aP2009  4  1  0  0  0.00000000      96 ORBIT IGS05 BHN ESOC\n");
-    d.clear();
-    EXPECT_FALSE(rinex::readSp3(older.path(), f, d));
-    std::string noWeek = kSmallD;
-    noWeek.replace(noWeek.find("## 2295"), 7, "## 22x5");
-    TempFile bad(noWeek);
-    d.clear();
-    EXPECT_FALSE(rinex::readSp3(bad.path(), f, d));
-    EXPECT_TRUE(d.contains("bad GPS week"));
 }
 
 }  // namespace
