@@ -17,8 +17,6 @@ namespace {
 using convtest::convert;
 using convtest::dataPath;
 
-double lsb(int n) { return std::ldexp(1.0, n); }
-
 #define EXPECT_STEP(decoded, sent, step) \
     EXPECT_NEAR((decoded), (sent), 0.5 * (step) * (1 + 1e-9)) << #decoded
 

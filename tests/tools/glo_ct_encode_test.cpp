@@ -12,10 +12,6 @@
 #include "decode/navinf_str.h"
 #include "glo_ct_encode.h"
 
-static unsigned int field(const uint8_t* s, int lsb, int len) {
-    return (unsigned int)NavInfStr_t::GetValueCT(s, lsb, len, false, 1.0);
-}
-
 TEST(GloCtEncode, SlotOfTimeOfDay) {
     struct {
         unsigned int tod, frame, str, start, end;
