@@ -15,34 +15,17 @@
 
 #include "plot.h"
 #include "solve_report.h"
+#include "svg_text.h"
 
 namespace plot {
 
 namespace {
 
+using svgtext::escaped;
+using svgtext::f;
+
 const char* const kGlo = "#c8281e";
 const char* const kGps = "#1f5fbf";
-
-std::string f(const char* format, ...) {
-    char buf[1024];
-    va_list ap;
-    va_start(ap, format);
-    std::vsnprintf(buf, sizeof buf, format, ap);
-    va_end(ap);
-    return buf;
-}
-
-std::string escaped(const std::string& s) {
-    std::string out;
-    for (char c : s) {
-        if (c == '<') out += "&lt;";
-        else if (c == '>') out += "&gt;";
-        else if (c == '&') out += "&amp;";
-        else if (c == '"') out += "&quot;";
-        else out += c;
-    }
-    return out;
-}
 
 const char* const kStyle =
     "body{font-family:sans-serif;margin:24px;color:#222;max-width:1100px}"

@@ -9,23 +9,18 @@
 #include <cstdio>
 
 #include "plot.h"
+#include "svg_text.h"
 
 namespace plot {
 
 namespace {
 
+using svgtext::escaped;
+using svgtext::f;
+
 /* Plot area margins inside a chart: room for the title, the tick labels
  * and the axis names. */
 const double kLeft = 64, kRight = 110, kTop = 34, kBottom = 44;
-
-std::string f(const char* format, ...) {
-    char buf[512];
-    va_list ap;
-    va_start(ap, format);
-    std::vsnprintf(buf, sizeof buf, format, ap);
-    va_end(ap);
-    return buf;
-}
 
 /* A tick step of 1, 2 or 5 times a power of ten giving about `n` ticks. */
 double tickStep(double span, int n) {

@@ -9,10 +9,14 @@
 #include <cstdio>
 
 #include "sky.h"
+#include "svg_text.h"
 
 namespace sky {
 
 namespace {
+
+using svgtext::escaped;
+using svgtext::f;
 
 const double kRad = 3.141592653589793 / 180.0;
 const char* const kGpsColour = "#1f5fbf";
@@ -21,29 +25,6 @@ const char* const kGloColour = "#c8281e";
 /* Canvas: the plot circle and room for the title and the legend. */
 const int kWidth = 520, kHeight = 580;
 const double kCx = 260, kCy = 290, kR = 220;
-
-/* printf into a std::string. */
-std::string f(const char* format, ...) {
-    char buf[512];
-    va_list ap;
-    va_start(ap, format);
-    std::vsnprintf(buf, sizeof buf, format, ap);
-    va_end(ap);
-    return buf;
-}
-
-/* Text with the XML specials escaped. */
-std::string escaped(const std::string& s) {
-    std::string out;
-    for (char c : s) {
-        if (c == '<') out += "&lt;";
-        else if (c == '>') out += "&gt;";
-        else if (c == '&') out += "&amp;";
-        else if (c == '"') out += "&quot;";
-        else out += c;
-    }
-    return out;
-}
 
 }  // namespace
 
