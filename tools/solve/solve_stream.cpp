@@ -10,27 +10,18 @@
 
 #include "solve_source.h"
 #include "x0ccheck.h"
+#include "zlog.h"
 
 namespace solve {
 
 namespace {
 
+using zlog::get32;
+using zlog::getF64;
+
 const uint8_t kMagic[4] = {'Z', 'L', 'O', 'G'};
 const std::size_t kLogFixedHeader = 40;        /* up to the count of source names */
 const uint32_t kLogLongestHeader = 1u << 20;   /* nothing real comes near */
-
-uint32_t get32(const uint8_t* p) {
-    return static_cast<uint32_t>(p[0]) | static_cast<uint32_t>(p[1]) << 8 |
-           static_cast<uint32_t>(p[2]) << 16 | static_cast<uint32_t>(p[3]) << 24;
-}
-
-double getF64(const uint8_t* p) {
-    uint64_t v = 0;
-    for (int i = 7; i >= 0; --i) v = v << 8 | p[i];
-    double d;
-    std::memcpy(&d, &v, sizeof d);
-    return d;
-}
 
 /* Seconds within which the start of a message found inside another must
  * lie of that one's time to count as the start of the next message. */

@@ -20,10 +20,27 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <string>
 #include <vector>
 
 namespace zlog {
+
+/* Little-endian fields of the log and of the messages it frames. */
+inline uint16_t get16(const uint8_t* p) { return static_cast<uint16_t>(p[0] | p[1] << 8); }
+
+inline uint32_t get32(const uint8_t* p) {
+    return static_cast<uint32_t>(p[0]) | static_cast<uint32_t>(p[1]) << 8 |
+           static_cast<uint32_t>(p[2]) << 16 | static_cast<uint32_t>(p[3]) << 24;
+}
+
+inline double getF64(const uint8_t* p) {
+    uint64_t v = 0;
+    for (int i = 7; i >= 0; --i) v = v << 8 | p[i];
+    double d;
+    std::memcpy(&d, &v, sizeof d);
+    return d;
+}
 
 const uint16_t kVersion = 1;
 const uint8_t kSync0 = 0xA5, kSync1 = 0x5A;

@@ -19,21 +19,6 @@ namespace zlog {
 
 namespace {
 
-uint16_t get16(const uint8_t* p) { return static_cast<uint16_t>(p[0] | p[1] << 8); }
-
-uint32_t get32(const uint8_t* p) {
-    return static_cast<uint32_t>(p[0]) | static_cast<uint32_t>(p[1]) << 8 |
-           static_cast<uint32_t>(p[2]) << 16 | static_cast<uint32_t>(p[3]) << 24;
-}
-
-double getF64(const uint8_t* p) {
-    uint64_t v = 0;
-    for (int i = 7; i >= 0; --i) v = v << 8 | p[i];
-    double d;
-    std::memcpy(&d, &v, sizeof d);
-    return d;
-}
-
 const std::size_t kFixedHeader = 36;   /* up to and including Z */
 
 }  // namespace
