@@ -35,35 +35,33 @@
 #include <string>
 #include <vector>
 
+#include "prgns_sky.h"
 #include "rinex_nav.h"
 #include "satpos/crdsat.h"
 #include "tbl_nav.h"
 
 namespace prgns_real {
 
-const double kPi = 3.141592653589793;
+/* The day's times, constants and the station, shared with the almanac
+ * tests; the orbit constants below are this header's own. */
+using prgns_sky::kDay0;
+using prgns_sky::kGpsTo2000;
+using prgns_sky::kGpsWeek;
+using prgns_sky::kLeap;
+using prgns_sky::kLeapFolded;
+using prgns_sky::kN4;
+using prgns_sky::kNa;
+using prgns_sky::kPi;
+using prgns_sky::kWeek;
+using prgns_sky::kWna;
+using prgns_sky::tlse;
+using prgns_sky::tmOfGps;
+
 const double kC = 299792458.0;
 const double kOmegaE = 7.2921151467e-5;
 const double kGpsGM = 3.986005e14;
 const double kGloGM = 3.986004418e14;
-const int kLeap = 18;                              /* GPS - UTC, 2024 */
 const int64_t kMoscow = 10800;                     /* UTC to Moscow time, s */
-const int64_t kGpsTo2000 = 630720000;              /* 1980-01-06 to 2000-01-01 */
-const uint32_t kWeek = 604800;
-
-/* The library counts almanac weeks from the rollover of August 1999; in
- * 2024 the broadcast week count has rolled over once more (April 2019), so
- * a host hands the extra 1024 weeks in with the leap seconds. */
-const int kLeapFolded = kLeap - 1024 * 604800;
-
-/* GPS week 2295 began on Sunday 2023-12-31; its 10-bit count is 247. */
-const uint32_t kGpsWeek = 2295;
-const uint32_t kWna = kGpsWeek % 1024;
-
-/* 2024-01-01 00:00 Moscow time: day 8766 from 2000; four-year interval 8,
- * day 1. */
-const uint32_t kDay0 = 8766u * 86400u;
-const uint32_t kN4 = 8, kNa = 1;
 
 inline std::string navPath() {
     return std::string(ZELNAV_DATA_DIR) + "/tlse-2024-001/BRDC00IGS_R_20240010000_01D_MN.rnx.gz";
@@ -72,16 +70,8 @@ inline std::string obsPath() {
     return std::string(ZELNAV_DATA_DIR) + "/tlse-2024-001/TLSE00FRA_R_20240011200_05M_01S_MO.rnx.gz";
 }
 
-/* The TLSE antenna reference point, WGS-84. */
-inline void tlse(double* xyz) {
-    xyz[0] = 4627852.3986;
-    xyz[1] = 119640.3423;
-    xyz[2] = 4372994.4588;
-}
-
-/* tmZel of a UTC / GPS time in seconds from 2000. */
+/* tmZel of a UTC time in seconds from 2000. */
 inline uint32_t tmOfUtc(int64_t utc) { return (uint32_t)(utc + kMoscow); }
-inline uint32_t tmOfGps(int64_t gps) { return (uint32_t)(gps - kLeap + kMoscow); }
 
 /* The navigation file, read once. */
 inline const rinex::NavFile& nav() {
