@@ -22,16 +22,9 @@
 
 namespace {
 
-const std::string kLog = std::string(ZELNAV_DATA_DIR) + "/tlse-2024-001/tlse_1200_5min.zlog";
+using solve::slurp;
 
-std::string slurp(std::FILE* f) {
-    std::string s;
-    std::rewind(f);
-    char buf[4096];
-    std::size_t n;
-    while ((n = std::fread(buf, 1, sizeof buf, f)) > 0) s.append(buf, n);
-    return s;
-}
+const std::string kLog = std::string(ZELNAV_DATA_DIR) + "/tlse-2024-001/tlse_1200_5min.zlog";
 
 std::vector<uint8_t> fileBytes(const std::string& path) {
     std::FILE* f = std::fopen(path.c_str(), "rb");

@@ -21,6 +21,8 @@
 
 namespace {
 
+using solve::slurp;
+
 const std::string kLog = std::string(ZELNAV_DATA_DIR) + "/tlse-2024-001/tlse_1200_5min.zlog";
 const double kArp[3] = {4627852.3986, 119640.3423, 4372994.4588};
 
@@ -63,15 +65,6 @@ struct TempFile {
     explicit TempFile(const char* name) : path(std::string(::testing::TempDir()) + name) {}
     ~TempFile() { std::remove(path.c_str()); }
 };
-
-std::string slurp(std::FILE* f) {
-    std::string s;
-    std::rewind(f);
-    char buf[4096];
-    std::size_t n;
-    while ((n = std::fread(buf, 1, sizeof buf, f)) > 0) s.append(buf, n);
-    return s;
-}
 
 TEST(SolveReal, EveryEpochWithEnoughSatellitesFixesNearTheStation) {
     zlog::FileHeader hdr;

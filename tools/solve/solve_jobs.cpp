@@ -12,20 +12,6 @@
 
 namespace solve {
 
-namespace {
-
-/* Everything a file holds, from the start. */
-std::string slurp(std::FILE* f) {
-    std::string s;
-    std::rewind(f);
-    char buf[4096];
-    std::size_t n;
-    while ((n = std::fread(buf, 1, sizeof buf, f)) > 0) s.append(buf, n);
-    return s;
-}
-
-}  // namespace
-
 std::string outputPath(const std::string& log, const std::string& dir, Format f) {
     const std::size_t slash = log.find_last_of('/');
     std::string name = slash == std::string::npos ? log : log.substr(slash + 1);

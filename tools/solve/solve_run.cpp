@@ -167,4 +167,13 @@ int runSource(Source& src, const std::string& path, const Options& opt, std::FIL
     return 0;
 }
 
+std::string slurp(std::FILE* f) {
+    std::string s;
+    std::rewind(f);
+    char buf[4096];
+    std::size_t n;
+    while ((n = std::fread(buf, 1, sizeof buf, f)) > 0) s.append(buf, n);
+    return s;
+}
+
 }  // namespace solve

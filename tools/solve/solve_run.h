@@ -65,6 +65,9 @@ int run(const std::string& path, const Options& opt, std::FILE* out, std::FILE* 
 int modeOf(const std::string& name);
 const char* modeName(int mode);
 
+/* Everything a file holds, from its start (it is rewound first). */
+std::string slurp(std::FILE* f);
+
 }  // namespace solve
 
 #endif
